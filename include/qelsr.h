@@ -105,11 +105,87 @@ QELSR_API const LibVersion* qelsrGetLibVersion(void);
 /* ------------------------------------------------------------------------
  * Block-diagonal matrices
  * ------------------------------------------------------------------------ */
+/* A symmetric matrix that is non-zero only in square blocks along its
+   diagonal; each block's rows are stored, 16-byte aligned, and nothing of the
+   zeros. One object type serves the 16s, 32f and 64f flavours: the flavour of
+   the InitAlloc call decides the element type of its rows. */
+typedef struct BlockDMatrix BlockDMatrix;
+
+/* ppSrc holds one pointer per matrix row (the sum of pBlockSize rows); row r
+   of block b gives the pBlockSize[b] elements of that block only. */
+QELSR_API qelStatus qelsBlockDMatrixInitAlloc_16s(BlockDMatrix** ppBlockDMatrix,
+                                                  const qel16s* const* ppSrc,
+                                                  const int* pBlockSize, int nBlocks);
+QELSR_API qelStatus qelsBlockDMatrixInitAlloc_32f(BlockDMatrix** ppBlockDMatrix,
+                                                  const qel32f* const* ppSrc,
+                                                  const int* pBlockSize, int nBlocks);
+QELSR_API qelStatus qelsBlockDMatrixInitAlloc_64f(BlockDMatrix** ppBlockDMatrix,
+                                                  const qel64f* const* ppSrc,
+                                                  const int* pBlockSize, int nBlocks);
+QELSR_API qelStatus qelsBlockDMatrixFree_16s(BlockDMatrix* pBlockDMatrix);
+QELSR_API qelStatus qelsBlockDMatrixFree_32f(BlockDMatrix* pBlockDMatrix);
+QELSR_API qelStatus qelsBlockDMatrixFree_64f(BlockDMatrix* pBlockDMatrix);
+
 /* @@block-diagonal@@ */
 
 /* ------------------------------------------------------------------------
  * Single-observation Gaussian scores
  * ------------------------------------------------------------------------ */
+/* One observation against one diagonal Gaussian. The scores are
+   val - 0.5 * sum((pSrc[i] - pMean[i])^2 * w[i]), where w is pVar (inverse
+   variances), 1 / pVar (DirectVar: variances), 1 (IdVar) or the
+   block-diagonal inverse covariance (BlockDVar). MahDistSingle gives the
+   weighted squared distance alone. MeanVarAcc adds d * val to pMeanAcc and
+   d * (d * val) to pVarAcc, d = pSrc - pMean. Null pointers give
+   qelStatusNullPtr, then len below 1 gives qelStatusSize. */
+QELSR_API qelStatus qelsLogGaussSingle_32f(const qel32f* pSrc, const qel32f* pMean,
+                                           const qel32f* pVar, int len, qel32f* pResult,
+                                           qel32f val);
+QELSR_API qelStatus qelsLogGaussSingle_32f64f(const qel32f* pSrc, const qel32f* pMean,
+                                              const qel32f* pVar, int len, qel64f* pResult,
+                                              qel64f val);
+QELSR_API qelStatus qelsLogGaussSingle_64f(const qel64f* pSrc, const qel64f* pMean,
+                                           const qel64f* pVar, int len, qel64f* pResult,
+                                           qel64f val);
+/* A zero variance gives qelStatusWarnDivZero: the 32f member writes the
+   result from the infinite inverse, the 32f64f member leaves it unwritten,
+   the 64f member returns qelStatusOk. */
+QELSR_API qelStatus qelsLogGaussSingle_DirectVar_32f(const qel32f* pSrc, const qel32f* pMean,
+                                                     const qel32f* pVar, int len,
+                                                     qel32f* pResult, qel32f val);
+QELSR_API qelStatus qelsLogGaussSingle_DirectVar_32f64f(const qel32f* pSrc, const qel32f* pMean,
+                                                        const qel32f* pVar, int len,
+                                                        qel64f* pResult, qel64f val);
+QELSR_API qelStatus qelsLogGaussSingle_DirectVar_64f(const qel64f* pSrc, const qel64f* pMean,
+                                                     const qel64f* pVar, int len,
+                                                     qel64f* pResult, qel64f val);
+QELSR_API qelStatus qelsLogGaussSingle_IdVar_32f(const qel32f* pSrc, const qel32f* pMean, int len,
+                                                 qel32f* pResult, qel32f val);
+QELSR_API qelStatus qelsLogGaussSingle_IdVar_32f64f(const qel32f* pSrc, const qel32f* pMean,
+                                                    int len, qel64f* pResult, qel64f val);
+QELSR_API qelStatus qelsLogGaussSingle_IdVar_64f(const qel64f* pSrc, const qel64f* pMean, int len,
+                                                 qel64f* pResult, qel64f val);
+/* len must equal the matrix order, else qelStatusSize. */
+QELSR_API qelStatus qelsLogGaussSingle_BlockDVar_32f(const qel32f* pSrc, const qel32f* pMean,
+                                                     const BlockDMatrix* pBlockDVar, int len,
+                                                     qel32f* pResult, qel32f val);
+QELSR_API qelStatus qelsLogGaussSingle_BlockDVar_32f64f(const qel32f* pSrc, const qel32f* pMean,
+                                                        const BlockDMatrix* pBlockDVar, int len,
+                                                        qel64f* pResult, qel64f val);
+QELSR_API qelStatus qelsLogGaussSingle_BlockDVar_64f(const qel64f* pSrc, const qel64f* pMean,
+                                                     const BlockDMatrix* pBlockDVar, int len,
+                                                     qel64f* pResult, qel64f val);
+QELSR_API qelStatus qelsMahDistSingle_32f(const qel32f* pSrc, const qel32f* pMean,
+                                          const qel32f* pVar, int len, qel32f* pResult);
+QELSR_API qelStatus qelsMahDistSingle_32f64f(const qel32f* pSrc, const qel32f* pMean,
+                                             const qel32f* pVar, int len, qel64f* pResult);
+QELSR_API qelStatus qelsMahDistSingle_64f(const qel64f* pSrc, const qel64f* pMean,
+                                          const qel64f* pVar, int len, qel64f* pResult);
+QELSR_API qelStatus qelsMeanVarAcc_32f(const qel32f* pSrc, const qel32f* pMean, qel32f* pMeanAcc,
+                                       qel32f* pVarAcc, int len, qel32f val);
+QELSR_API qelStatus qelsMeanVarAcc_64f(const qel64f* pSrc, const qel64f* pMean, qel64f* pMeanAcc,
+                                       qel64f* pVarAcc, int len, qel64f val);
+
 /* @@single-scores@@ */
 
 /* ------------------------------------------------------------------------

@@ -23,6 +23,56 @@ void GetLogAddConst_F(const qel64f** pP1, const qel64f** pP2, const qel64f** pP3
 // @@gauss-log-domain@@
 
 // ---- single-observation scores
+// Kernels of one observation against one diagonal Gaussian; `len` is at
+// least 1 and nothing is checked. The constant term comes by address. The
+// `_Al` twins need pSrc, pMean and pVar (and the accumulators) on 16 bytes;
+// sMahDistSingle_32f_M7 is only run on such data. Each pair follows one
+// order of additions, so the twins agree bit for bit.
+//
+// Single kernels: accumulators A and B of four lanes; per group of 16
+// elements vectors 0 and 1 go to A, 2 and 3 to B; one group of 8 of the rest
+// to A; the last len mod 8 elements to lane 0 of A; T = A + B is folded.
+// *pResult = (((T0 + T1) + (T2 + T3)) + 2 * val) * 0.5, the sum held negative.
+void qelsLGaussSingle_32f_M7(const qel32f* pSrc, const qel32f* pMean, const qel32f* pVar, int len,
+                             qel32f* pResult, const qel32f* pVal);
+void qelsLGaussSingle_32f_M7_Al(const qel32f* pSrc, const qel32f* pMean, const qel32f* pVar,
+                                int len, qel32f* pResult, const qel32f* pVal);
+// As above without the weights, folded as ((T0 + T2) + (T1 + T3)).
+void qelsLGaussSingle_IdVar_32f_M7(const qel32f* pSrc, const qel32f* pMean, int len,
+                                   qel32f* pResult, const qel32f* pVal);
+void qelsLGaussSingle_IdVar_32f_M7_Al(const qel32f* pSrc, const qel32f* pMean, int len,
+                                      qel32f* pResult, const qel32f* pVal);
+// The weighted distance with positive sums, folded as ((T0 + T2) + (T1 + T3)).
+void sMahDistSingle_32f_M7(const qel32f* pSrc, const qel32f* pMean, const qel32f* pVar, int len,
+                           qel32f* pResult);
+// pMeanAcc[i] += d * val; pVarAcc[i] += d * (d * val), any alignment.
+void sMahAcc_32f_M7(const qel32f* pSrc, const qel32f* pMean, qel32f* pMeanAcc, qel32f* pVarAcc,
+                    int len, const qel32f* pVal);
+
+// Double kernels: accumulators P and Q of two lanes; per group of 8 elements
+// vectors 0 and 2 go to P, 1 and 3 to Q; s = (P0 + Q0) + (P1 + Q1), then
+// the last len mod 8 terms are added to s one at a time.
+// *pResult = val - s * 0.5 with the term d * d / pVar[i].
+void ownqelsLogGaussSingle_DirectVar_64f_W7(const qel64f* pSrc, const qel64f* pMean,
+                                            const qel64f* pVar, int len, qel64f* pResult,
+                                            const qel64f* pVal);
+void ownqelsLogGaussSingle_DirectVar_64f_W7Al(const qel64f* pSrc, const qel64f* pMean,
+                                              const qel64f* pVar, int len, qel64f* pResult,
+                                              const qel64f* pVal);
+// *pResult = val - s * 0.5 with the term d * d.
+void ownqelsLogGaussSingle_IdVar_64f_W7(const qel64f* pSrc, const qel64f* pMean, int len,
+                                        qel64f* pResult, const qel64f* pVal);
+void ownqelsLogGaussSingle_IdVar_64f_W7Al(const qel64f* pSrc, const qel64f* pMean, int len,
+                                          qel64f* pResult, const qel64f* pVal);
+// *pResult = s with the term d * d * pVar[i].
+void sMahDistSingle_64f_M7(const qel64f* pSrc, const qel64f* pMean, const qel64f* pVar, int len,
+                           qel64f* pResult);
+void sMahDistSingle_64f_M7_Al(const qel64f* pSrc, const qel64f* pMean, const qel64f* pVar,
+                              int len, qel64f* pResult);
+void sMeanVarAcc_64f_M7(const qel64f* pSrc, const qel64f* pMean, qel64f* pMeanAcc,
+                        qel64f* pVarAcc, int len, const qel64f* pVal);
+void sMeanVarAcc_64f_M7_Al(const qel64f* pSrc, const qel64f* pMean, qel64f* pMeanAcc,
+                           qel64f* pVarAcc, int len, const qel64f* pVal);
 // @@gauss-single@@
 
 // ---- frame-block scores
