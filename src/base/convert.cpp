@@ -405,10 +405,25 @@ qelStatus qelsConvert_32f32s_Sfs(const qel32f* pSrc, qel32s* pDst, int len, int 
   if (len < 1) return qelStatusSize;
   const float scale = GetScale_32s32f(scaleFactor);
   NearestRounding nearest;
-  withRounding(rndMode, scaleFactor != 0, [&](auto r, auto scaled) {
-    narrow32f32s<decltype(r)::value, decltype(scaled)::value>(pSrc, pDst, len, scale);
-  });
-  zeroWhereNaN(pSrc, pDst, len);
+  auto convert = [&](const qel32f* src, qel32s* dst, int n) {
+    withRounding(rndMode, scaleFactor != 0, [&](auto r, auto scaled) {
+      narrow32f32s<decltype(r)::value, decltype(scaled)::value>(src, dst, n, scale);
+    });
+    zeroWhereNaN(src, dst, n);
+  };
+  if (static_cast<const void*>(pSrc) != static_cast<const void*>(pDst)) {
+    convert(pSrc, pDst, len);
+    return qelStatusOk;
+  }
+  // In place (the integer row and column sums convert their own float
+  // results this way) the NaN walk must still see the floats: each stretch
+  // is converted from a copy on the stack.
+  alignas(16) qel32f stretch[256];
+  for (int done = 0; done < len; done += 256) {
+    const int n = len - done < 256 ? len - done : 256;
+    std::memcpy(stretch, pSrc + done, static_cast<size_t>(n) * sizeof(qel32f));
+    convert(stretch, pDst + done, n);
+  }
   return qelStatusOk;
 }
 

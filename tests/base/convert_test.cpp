@@ -206,6 +206,31 @@ TEST(ConvertFloatToInt, Float32sEveryModeFactorAndLayout) {
           [&](float x) { return ref32f32s(x, mode, s); }, "32f32s");
 }
 
+// The integer sums convert their float results in place: saturating and
+// NaN elements among ordinary ones, across the stack stretches of 256, must
+// give what the out-of-place conversion gives.
+TEST(ConvertFloatToInt, Float32sInPlaceEqualsOutOfPlace) {
+  qtest::Rng rng(77);
+  for (int len : {5, 11, 300, 513}) {
+    std::vector<qel32f> src = rng.vec<qel32f>(len, -3.0e9, 3.0e9);
+    for (int i = 0; i < len; i += 7) src[i] = -196608.0f;
+    src[len / 2] = kNaNf;
+    src[len - 1] = 4.0e9f;
+    for (int mode : {0, 1, 2})
+      for (int s : {-1, 0, 1}) {
+        std::vector<qel32s> want(len);
+        for (int i = 0; i < len; ++i) want[i] = ref32f32s(src[i], mode, s);
+        std::vector<qel32f> buf = src;
+        ASSERT_EQ(qelsConvert_32f32s_Sfs(buf.data(), reinterpret_cast<qel32s*>(buf.data()), len,
+                                         mode, s),
+                  qelStatusOk);
+        EXPECT_TRUE(qtest::sameArrays(reinterpret_cast<const qel32s*>(buf.data()), want.data(),
+                                      len))
+            << "len " << len << " mode " << mode << " factor " << s;
+      }
+  }
+}
+
 TEST(ConvertFloatToInt, Double32sEveryModeFactorAndLayout) {
   const auto base = doubleCases();
   for (int mode : kModes)
