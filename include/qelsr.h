@@ -95,6 +95,94 @@ QELSR_API const LibVersion* qelsrGetLibVersion(void);
 /* ------------------------------------------------------------------------
  * Row and column primitives
  * ------------------------------------------------------------------------ */
+/* Sum of selected rows: pDst[j] = val + the sum over i of row
+ * (pAddInd[i] + pInd[i]), column offset + j, rows added in the order of i.
+ * A row number is a 32-bit base plus an unsigned 16-bit index above it.
+ * Row-pointer (_D2L) arguments are arrays of row pointers that the call does
+ * not change; `T* const*` also accepts a plain `T**`. */
+QELSR_API qelStatus qelsAddNRows_32f_D2(const qel32f* pSrc, int height, int offset, int step,
+                                        const qel32s* pInd, const unsigned short* pAddInd,
+                                        int nRows, qel32f* pDst, int width, qel32f val);
+
+/* pSrcDst[c] += every row's element c: the destination accumulates. */
+QELSR_API qelStatus qelsAddAllRowSum_32f_D2(const qel32f* pSrc, int step, int height,
+                                            qel32f* pSrcDst, int width);
+QELSR_API qelStatus qelsAddAllRowSum_32f_D2L(const qel32f* const* ppSrc, int height,
+                                             qel32f* pSrcDst, int width);
+
+/* Every row -= pSrc; the 16-bit forms saturate. */
+QELSR_API qelStatus qelsSubRow_32f_D2(const qel32f* pSrc, int width, qel32f* pSrcDst, int step,
+                                      int height);
+QELSR_API qelStatus qelsSubRow_32f_D2L(const qel32f* pSrc, qel32f* const* ppSrcDst, int width,
+                                       int height);
+QELSR_API qelStatus qelsSubRow_16s_D2(const qel16s* pSrc, int width, qel16s* pSrcDst, int step,
+                                      int height);
+QELSR_API qelStatus qelsSubRow_16s_D2L(const qel16s* pSrc, qel16s* const* ppSrcDst, int width,
+                                       int height);
+
+/* pDst[r] = sum of row r (height results). */
+QELSR_API qelStatus qelsSumRow_32f_D2(const qel32f* pSrc, int width, int step, qel32f* pDst,
+                                      int height);
+QELSR_API qelStatus qelsSumRow_64f_D2(const qel64f* pSrc, int width, int step, qel64f* pDst,
+                                      int height);
+QELSR_API qelStatus qelsSumRow_16s32f_D2(const qel16s* pSrc, int width, int step, qel32f* pDst,
+                                         int height);
+QELSR_API qelStatus qelsSumRow_32f_D2L(const qel32f* const* ppSrc, int width, qel32f* pDst,
+                                       int height);
+QELSR_API qelStatus qelsSumRow_64f_D2L(const qel64f* const* ppSrc, int width, qel64f* pDst,
+                                       int height);
+QELSR_API qelStatus qelsSumRow_16s32f_D2L(const qel16s* const* ppSrc, int width, qel32f* pDst,
+                                          int height);
+QELSR_API qelStatus qelsSumRow_16s32s_D2Sfs(const qel16s* pSrc, int width, int step,
+                                            qel32s* pDst, int height, int scaleFactor);
+QELSR_API qelStatus qelsSumRow_16s32s_D2LSfs(const qel16s* const* ppSrc, int width, qel32s* pDst,
+                                             int height, int scaleFactor);
+
+/* pDst[c] = sum of column c (width results). */
+QELSR_API qelStatus qelsSumColumn_32f_D2(const qel32f* pSrc, int step, int height, qel32f* pDst,
+                                         int width);
+QELSR_API qelStatus qelsSumColumn_64f_D2(const qel64f* pSrc, int step, int height, qel64f* pDst,
+                                         int width);
+QELSR_API qelStatus qelsSumColumn_16s32f_D2(const qel16s* pSrc, int step, int height,
+                                            qel32f* pDst, int width);
+QELSR_API qelStatus qelsSumColumn_32f_D2L(const qel32f* const* ppSrc, int height, qel32f* pDst,
+                                          int width);
+QELSR_API qelStatus qelsSumColumn_64f_D2L(const qel64f* const* ppSrc, int height, qel64f* pDst,
+                                          int width);
+QELSR_API qelStatus qelsSumColumn_16s32f_D2L(const qel16s* const* ppSrc, int height,
+                                             qel32f* pDst, int width);
+QELSR_API qelStatus qelsSumColumn_16s32s_D2Sfs(const qel16s* pSrc, int step, int height,
+                                               qel32s* pDst, int width, int scaleFactor);
+QELSR_API qelStatus qelsSumColumn_16s32s_D2LSfs(const qel16s* const* ppSrc, int height,
+                                                qel32s* pDst, int width, int scaleFactor);
+
+/* A packed matrix (height rows of width) into a strided one. */
+QELSR_API qelStatus qelsCopyColumn_32f_D2(const qel32f* pSrc, int width, qel32f* pDst, int step,
+                                          int height);
+QELSR_API qelStatus qelsCopyColumn_16s_D2(const qel16s* pSrc, int width, qel16s* pDst, int step,
+                                          int height);
+
+/* pDst row r, i = pSrc row r, pInd[i] for i below dstLen. The indices are
+ * checked while row 0 is copied: a bad one returns qelStatusSize with the
+ * entries of row 0 before it already written. */
+QELSR_API qelStatus qelsCopyColumn_Indirect_32f_D2(const qel32f* pSrc, int srcLen, int srcStep,
+                                                   qel32f* pDst, const qel32s* pInd, int dstLen,
+                                                   int dstStep, int height);
+QELSR_API qelStatus qelsCopyColumn_Indirect_64f_D2(const qel64f* pSrc, int srcLen, int srcStep,
+                                                   qel64f* pDst, const qel32s* pInd, int dstLen,
+                                                   int dstStep, int height);
+QELSR_API qelStatus qelsCopyColumn_Indirect_16s_D2(const qel16s* pSrc, int srcLen, int srcStep,
+                                                   qel16s* pDst, const qel32s* pInd, int dstLen,
+                                                   int dstStep, int height);
+QELSR_API qelStatus qelsCopyColumn_Indirect_32f_D2L(const qel32f* const* ppSrc, int srcLen,
+                                                    qel32f* const* ppDst, const qel32s* pInd,
+                                                    int dstLen, int height);
+QELSR_API qelStatus qelsCopyColumn_Indirect_64f_D2L(const qel64f* const* ppSrc, int srcLen,
+                                                    qel64f* const* ppDst, const qel32s* pInd,
+                                                    int dstLen, int height);
+QELSR_API qelStatus qelsCopyColumn_Indirect_16s_D2L(const qel16s* const* ppSrc, int srcLen,
+                                                    qel16s* const* ppDst, const qel32s* pInd,
+                                                    int dstLen, int height);
 /* @@rows-and-columns@@ */
 
 /* ------------------------------------------------------------------------
