@@ -188,6 +188,35 @@ QELSR_API qelStatus qelsCopyColumn_Indirect_16s_D2L(const qel16s* const* ppSrc, 
 /* ------------------------------------------------------------------------
  * Log-domain arithmetic
  * ------------------------------------------------------------------------ */
+/* Natural-log likelihoods. Log zero is -1e10 in double and -4500000 in
+   single; a difference below ln 1e-10 (double) or -ln 4500000 (single) lets
+   the smaller term be ignored. Checks: len below 1 first, then null pointers.
+   The integer forms hold log values with the binary point at scaleFactor
+   (x stands for x * 2^-scaleFactor), truncate toward zero and saturate. */
+/* pSrcDst[i] = log(exp(pSrc[i]) + exp(pSrcDst[i])). */
+QELSR_API qelStatus qelsLogAdd_32f(const qel32f* pSrc, qel32f* pSrcDst, int len);
+/* hint 0, 1 or 2 (same arithmetic); any other value returns qelStatusOk
+   with pSrcDst untouched. */
+QELSR_API qelStatus qelsLogAdd_64f(const qel64f* pSrc, qel64f* pSrcDst, int len, int hint);
+QELSR_API qelStatus qelsLogAdd_16s_Sfs(const qel16s* pSrc, qel16s* pSrcDst, int len,
+                                       int scaleFactor);
+QELSR_API qelStatus qelsLogAdd_32s_Sfs(const qel32s* pSrc, qel32s* pSrcDst, int len,
+                                       int scaleFactor);
+/* pDst[0] = log of the sum of exp(pSrc[i]). */
+QELSR_API qelStatus qelsLogSum_32f(const qel32f* pSrc, qel32f* pDst, int len);
+QELSR_API qelStatus qelsLogSum_64f(const qel64f* pSrc, qel64f* pDst, int len);
+QELSR_API qelStatus qelsLogSum_16s_Sfs(const qel16s* pSrc, qel16s* pDst, int len,
+                                       int scaleFactor);
+QELSR_API qelStatus qelsLogSum_32s_Sfs(const qel32s* pSrc, qel32s* pDst, int len,
+                                       int scaleFactor);
+/* pSrcDst[i] = log(exp(pSrc[i]) - exp(pSrcDst[i])); every pSrcDst[i] must lie
+   below pSrc[i], else qelStatusRange with nothing written. */
+QELSR_API qelStatus qelsLogSub_32f(const qel32f* pSrc, qel32f* pSrcDst, int len);
+QELSR_API qelStatus qelsLogSub_64f(const qel64f* pSrc, qel64f* pSrcDst, int len);
+QELSR_API qelStatus qelsLogSub_16s_Sfs(const qel16s* pSrc, qel16s* pSrcDst, int len,
+                                       int scaleFactor);
+QELSR_API qelStatus qelsLogSub_32s_Sfs(const qel32s* pSrc, qel32s* pSrcDst, int len,
+                                       int scaleFactor);
 /* @@log-domain@@ */
 
 /* ------------------------------------------------------------------------

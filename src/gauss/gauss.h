@@ -20,6 +20,58 @@ void qelsLogSum_64f_M7(const qel64f* pSrc, qel64f* pDst, int len);
 // and single (11 coefficients) log-add, highest power first.
 void GetLogAddConst(const qel64f** pP1, const qel64f** pP2, const qel64f** pP3);
 void GetLogAddConst_F(const qel64f** pP1, const qel64f** pP2, const qel64f** pP3);
+
+}  // extern "C"
+
+#include <array>
+
+// Log-domain constants. LOGZERO and LOGZERO_F (the values that stand for
+// log 0) live in frame/frame.h.
+//
+// Double: anything below LOGSMALL counts as log 0; a difference below
+// MINLOGEXP (ln 1e-10) lets the smaller term be ignored.
+inline constexpr qel64f LOGSMALL = -9.0e9;
+inline constexpr qel64f MINLOGEXP = -23.0258509299405;
+// Single: log 0 and "counts as log 0" are the same value, not a smaller one.
+// MINLOGEXP_F is -ln 4500000; the vector kernels and the single-precision
+// scalar step hold it as the single with bits 0xC1751D08, which lies just
+// above the decimal value, so a strict comparison of a single against either
+// gives the same answer.
+inline constexpr qel32f LOGSMALL_F = -4500000.0f;
+inline constexpr qel64f MINLOGEXP_F = -15.3195879547406;
+inline constexpr qel32f MINLOGEXP_F_SP = std::bit_cast<qel32f>(0xC1751D08u);
+
+// Segment borders of the difference d = smaller - greater (d <= 0): the first
+// segment is d above the first border, the second d above the second border,
+// the third the rest; the polynomial runs in y = d - (left-hand border).
+inline constexpr qel64f INT_S1 = -3.5;
+inline constexpr qel64f INT_S2 = -9.0;
+inline constexpr qel64f INT_S1_F = -2.55;
+inline constexpr qel64f INT_S2_F = -6.8;
+
+// Polynomial rows: 22 coefficients of the double log-add, 11 of the single
+// one, highest power first; the last one is f at the segment's left border.
+inline constexpr int kLogAddTerms = 22;
+inline constexpr int kLogAddTerms_F = 11;
+
+extern "C" {
+
+// Lane tables of the vector kernels. Biasing_F[m2 * 16 + m3] is the byte
+// offset into P_F of the 11 coefficient vectors (4 lanes each, lowest lane
+// first) that give every lane its own segment, where m2 and m3 are the lane
+// masks (bit l = lane l) of the second and third segment; INT_S_F holds the
+// matching per-lane left borders. The double form is indexed m2 * 4 + m3 with
+// 22 coefficient vectors of 2 lanes.
+// All six are 16-byte aligned, and internal to the library (hidden, so the
+// kernels address them directly rather than through the symbol table).
+#pragma GCC visibility push(hidden)
+extern const std::array<qel32f, 81 * kLogAddTerms_F * 4> P_F;
+extern const std::array<qel32s, 256> Biasing_F;
+extern const std::array<qel32f, 256 * 4> INT_S_F;
+extern const std::array<qel64f, 9 * kLogAddTerms * 2> P_D;
+extern const std::array<qel32s, 16> Biasing_D;
+extern const std::array<qel64f, 16 * 2> INT_S_D;
+#pragma GCC visibility pop
 // @@gauss-log-domain@@
 
 // ---- single-observation scores
