@@ -26,20 +26,20 @@ std::vector<float> signal(size_t n) {
 void BM_QelsFFTFwd_RToCCS_32f(benchmark::State& state) {
   const int order = static_cast<int>(state.range(0));
   const size_t n = size_t{1} << order;
-  FFTSpec* spec = nullptr;
-  if (qelsFFTInitAlloc_R_32f(&spec, order, QEL_FFT_NODIV_BY_ANY, 0) != qelStatusOk) {
+  FFTSpec* plan = nullptr;
+  if (qelsFFTInitAlloc_R_32f(&plan, order, QEL_FFT_NODIV_BY_ANY, 0) != qelStatusOk) {
     state.SkipWithError("plan");
     return;
   }
   int bufSize = 0;
-  qelsFFTGetBufSize_R_32f(spec, &bufSize);
+  qelsFFTGetBufSize_R_32f(plan, &bufSize);
   qel8u* buf = bufSize > 0 ? qelsMalloc_8u(bufSize) : nullptr;
   const auto x = signal(n);
   float* src = qelsMalloc_32f(static_cast<int>(n));
   float* dst = qelsMalloc_32f(static_cast<int>(n + 2));
   std::memcpy(src, x.data(), n * sizeof(float));
   for (auto _ : state) {
-    qelsFFTFwd_RToCCS_32f(src, dst, spec, buf);
+    qelsFFTFwd_RToCCS_32f(src, dst, plan, buf);
     benchmark::DoNotOptimize(dst);
     benchmark::ClobberMemory();
   }
@@ -47,7 +47,7 @@ void BM_QelsFFTFwd_RToCCS_32f(benchmark::State& state) {
   qelsFree(src);
   qelsFree(dst);
   if (buf) qelsFree(buf);
-  qelsFFTFree_R_32f(spec);
+  qelsFFTFree_R_32f(plan);
 }
 BENCHMARK(BM_QelsFFTFwd_RToCCS_32f)->DenseRange(6, 16);
 

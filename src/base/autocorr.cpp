@@ -89,11 +89,11 @@ qelStatus qelsAutoCorr_32f(const qel32f* pSrc, int len, qel32f* pDst, int dstLen
   // circular correlation equal the linear one at every lag below len.
   int order = 1;
   while ((1LL << order) < 2LL * len) ++order;
-  FFTSpec* spec = nullptr;
-  qelStatus st = qelsFFTInitAlloc_R_32f(&spec, order, QEL_FFT_DIV_INV_BY_N, 0);
+  FFTSpec* plan = nullptr;
+  qelStatus st = qelsFFTInitAlloc_R_32f(&plan, order, QEL_FFT_DIV_INV_BY_N, 0);
   if (st != qelStatusOk) return st;
   int bufSize = 0;
-  qelsFFTGetBufSize_R_32f(spec, &bufSize);
+  qelsFFTGetBufSize_R_32f(plan, &bufSize);
   // A missing work buffer is no error: the transforms then allocate for
   // themselves.
   qel8u* work = bufSize > 0 ? qelsMalloc_8u(bufSize) : nullptr;
@@ -101,15 +101,15 @@ qelStatus qelsAutoCorr_32f(const qel32f* pSrc, int len, qel32f* pDst, int dstLen
   qel32f* a = qelsMalloc_32f(n);
   if (!a) {
     if (work) qelsFree(work);
-    qelsFFTFree_R_32f(spec);
+    qelsFFTFree_R_32f(plan);
     return qelStatusMemAlloc;
   }
   std::memcpy(a, pSrc, static_cast<size_t>(len) * sizeof(float));
   std::memset(a + len, 0, static_cast<size_t>(n - len) * sizeof(float));
-  st = qelsFFTFwd_RToPack_32f(a, a, spec, work);
+  st = qelsFFTFwd_RToPack_32f(a, a, plan, work);
   if (st == qelStatusOk) {
     qelsMulPackConj_32f_I(a, a, n);
-    st = qelsFFTInv_PackToR_32f(a, a, spec, work);
+    st = qelsFFTInv_PackToR_32f(a, a, plan, work);
   }
   if (st == qelStatusOk) {
     std::memcpy(pDst, a, static_cast<size_t>(m) * sizeof(float));
@@ -117,7 +117,7 @@ qelStatus qelsAutoCorr_32f(const qel32f* pSrc, int len, qel32f* pDst, int dstLen
   }
   qelsFree(a);
   if (work) qelsFree(work);
-  qelsFFTFree_R_32f(spec);
+  qelsFFTFree_R_32f(plan);
   return st;
 }
 

@@ -79,7 +79,7 @@ TEST(RealFft, ReferenceAgreesWithTheDefinition) {
 
 // The sizes, from the formulas written out afresh here.
 struct Sizes {
-  long spec, init, work;
+  long planBytes, init, work;
 };
 long al(long v) { return v & ~31L; }
 void largeT(int k, long* t, long* w) {
@@ -108,12 +108,12 @@ TEST(RealFft, SizesFollowTheFormulasForEveryOrder) {
     for (int flag : kFlags) {
       int s = -1, i = -1, w = -1;
       ASSERT_EQ(qelsFFTGetSize_R_32f(order, flag, 0, &s, &i, &w), qelStatusOk);
-      EXPECT_EQ(s, e.spec) << order;
+      EXPECT_EQ(s, e.planBytes) << order;
       EXPECT_EQ(i, e.init) << order;
       EXPECT_EQ(w, e.work) << order;
       int s16 = -1, i16 = -1, w16 = -1;
       ASSERT_EQ(qelsFFTGetSize_R_16s32s(order, flag, 7, &s16, &i16, &w16), qelStatusOk);
-      EXPECT_EQ(s16, e.spec + 64) << order;
+      EXPECT_EQ(s16, e.planBytes + 64) << order;
       EXPECT_EQ(i16, e.init ? e.init + 32 : 0) << order;
       EXPECT_EQ(w16, e.work + 4 * (1L << order) + 8 + 32) << order;
     }

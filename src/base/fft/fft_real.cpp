@@ -48,10 +48,10 @@ void largeSizes(int k, long* t, long* w) {
   *w = w0 > 8 * (1L << f) ? w0 : 8 * (1L << f);
 }
 
-void planSizes(int order, long* spec, long* init, long* work) {
+void planSizes(int order, long* planBytes, long* init, long* work) {
   const long n = 1L << order;
   if (order <= 4) {
-    *spec = 168;
+    *planBytes = 168;
     *init = *work = 0;
     return;
   }
@@ -61,19 +61,19 @@ void planSizes(int order, long* spec, long* init, long* work) {
   const long c = align32down(c2 + 35);
   *init = order <= 10 ? 0 : align32down(n + 35) + 32;
   if (order <= 6) {
-    *spec = r + 192;
+    *planBytes = r + 192;
     *init = *work = 0;
   } else if (order <= 13) {
-    *spec = align32down(8 * c2 + 39) + c + r + 192;
+    *planBytes = align32down(8 * c2 + 39) + c + r + 192;
     *work = align32down(8 * c2 + 31) + 32;
   } else if (order <= 18) {
-    *spec = align32down(7 * c2 + 31) + align32down(c2 + 39) + c + r + 192;
+    *planBytes = align32down(7 * c2 + 31) + align32down(c2 + 39) + c + r + 192;
     *work = align32down(8 * c2 + 31) + 32;
   } else {
     long t, w;
     largeSizes(k, &t, &w);
     if (w < 65536) w = 65536;
-    *spec = t + c + r + 192;
+    *planBytes = t + c + r + 192;
     *work = w + 32;
   }
 }
@@ -288,9 +288,9 @@ qelStatus qelsFFTGetSize_R_32f(int fftOrder, int flag, int hint, int* pSpecSize,
   if (!pSpecSize || !pInitBufSize || !pWorkBufSize) return qelStatusNullPtr;
   if (!validFlag(flag)) return qelStatusFFTFlag;
   if ((1L << fftOrder) > 0x0FFFFFFF) return qelStatusFFTOrder;
-  long spec, init, work;
-  planSizes(fftOrder, &spec, &init, &work);
-  *pSpecSize = static_cast<int>(spec);
+  long planBytes, init, work;
+  planSizes(fftOrder, &planBytes, &init, &work);
+  *pSpecSize = static_cast<int>(planBytes);
   *pInitBufSize = static_cast<int>(init);
   *pWorkBufSize = static_cast<int>(work);
   return qelStatusOk;
