@@ -308,11 +308,163 @@ QELSR_API qelStatus qelsMeanVarAcc_64f(const qel64f* pSrc, const qel64f* pMean, 
 /* ------------------------------------------------------------------------
  * Frame-block Gaussian scores
  * ------------------------------------------------------------------------ */
+/* Block scores: one score per row of a `height` x `width` matrix against one
+   diagonal Gaussian. pVar holds inverse variances, IdVar takes the identity.
+   LogGauss stores (2*val - sum(d*d*pVar))*0.5, LogGaussMax keeps the greater
+   of that and pDst (a NaN score leaves pDst), LogGaussAdd log-adds it into
+   pDst, MahDist stores sum(d*d*pVar). */
+QELSR_API qelStatus qelsLogGauss_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                        const qel32f* pVar, int width, qel32f* pDst, int height,
+                                        qel32f val);
+QELSR_API qelStatus qelsLogGauss_32f_D2L(const qel32f** ppSrc, const qel32f* pMean,
+                                         const qel32f* pVar, int width, qel32f* pDst, int height,
+                                         qel32f val);
+QELSR_API qelStatus qelsLogGauss_IdVar_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                              int width, qel32f* pDst, int height, qel32f val);
+QELSR_API qelStatus qelsLogGauss_IdVar_32f_D2L(const qel32f** ppSrc, const qel32f* pMean, int width,
+                                               qel32f* pDst, int height, qel32f val);
+QELSR_API qelStatus qelsLogGaussMax_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                           const qel32f* pVar, int width, qel32f* pDst, int height,
+                                           qel32f val);
+QELSR_API qelStatus qelsLogGaussMax_32f_D2L(const qel32f** ppSrc, const qel32f* pMean,
+                                            const qel32f* pVar, int width, qel32f* pDst, int height,
+                                            qel32f val);
+QELSR_API qelStatus qelsLogGaussMax_IdVar_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                                 int width, qel32f* pDst, int height, qel32f val);
+QELSR_API qelStatus qelsLogGaussMax_IdVar_32f_D2L(const qel32f** ppSrc, const qel32f* pMean,
+                                                  int width, qel32f* pDst, int height, qel32f val);
+QELSR_API qelStatus qelsLogGaussAdd_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                           const qel32f* pVar, int width, qel32f* pDst, int height,
+                                           qel32f val);
+QELSR_API qelStatus qelsLogGaussAdd_32f_D2L(const qel32f** ppSrc, const qel32f* pMean,
+                                            const qel32f* pVar, int width, qel32f* pDst, int height,
+                                            qel32f val);
+QELSR_API qelStatus qelsLogGaussAdd_IdVar_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                                 int width, qel32f* pDst, int height, qel32f val);
+QELSR_API qelStatus qelsLogGaussAdd_IdVar_32f_D2L(const qel32f** ppSrc, const qel32f* pMean,
+                                                  int width, qel32f* pDst, int height, qel32f val);
+QELSR_API qelStatus qelsMahDist_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                       const qel32f* pVar, int width, qel32f* pDst, int height);
+QELSR_API qelStatus qelsMahDist_32f_D2L(const qel32f** ppSrc, const qel32f* pMean,
+                                        const qel32f* pVar, int width, qel32f* pDst, int height);
+QELSR_API qelStatus qelsLogGauss_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
+                                        const qel64f* pVar, int width, qel64f* pDst, int height,
+                                        qel64f val);
+QELSR_API qelStatus qelsLogGauss_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
+                                         const qel64f* pVar, int width, qel64f* pDst, int height,
+                                         qel64f val);
+QELSR_API qelStatus qelsLogGauss_IdVar_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
+                                              int width, qel64f* pDst, int height, qel64f val);
+QELSR_API qelStatus qelsLogGauss_IdVar_64f_D2L(const qel64f** ppSrc, const qel64f* pMean, int width,
+                                               qel64f* pDst, int height, qel64f val);
+QELSR_API qelStatus qelsLogGaussMax_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
+                                           const qel64f* pVar, int width, qel64f* pDst, int height,
+                                           qel64f val);
+QELSR_API qelStatus qelsLogGaussMax_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
+                                            const qel64f* pVar, int width, qel64f* pDst, int height,
+                                            qel64f val);
+QELSR_API qelStatus qelsLogGaussMax_IdVar_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
+                                                 int width, qel64f* pDst, int height, qel64f val);
+QELSR_API qelStatus qelsLogGaussMax_IdVar_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
+                                                  int width, qel64f* pDst, int height, qel64f val);
+QELSR_API qelStatus qelsLogGaussAdd_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
+                                           const qel64f* pVar, int width, qel64f* pDst, int height,
+                                           qel64f val);
+QELSR_API qelStatus qelsLogGaussAdd_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
+                                            const qel64f* pVar, int width, qel64f* pDst, int height,
+                                            qel64f val);
+QELSR_API qelStatus qelsLogGaussAdd_IdVar_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
+                                                 int width, qel64f* pDst, int height, qel64f val);
+QELSR_API qelStatus qelsLogGaussAdd_IdVar_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
+                                                  int width, qel64f* pDst, int height, qel64f val);
+QELSR_API qelStatus qelsMahDist_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
+                                       const qel64f* pVar, int width, qel64f* pDst, int height);
+QELSR_API qelStatus qelsMahDist_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
+                                        const qel64f* pVar, int width, qel64f* pDst, int height);
 /* @@block-scores@@ */
 
 /* ------------------------------------------------------------------------
  * Mixture scores
  * ------------------------------------------------------------------------ */
+/* One observation against `height` components whose means and inverse
+   variances are rows of two matrices. MultiMix: pSrcDst holds the constant
+   terms on entry and the scores on return. */
+QELSR_API qelStatus qelsLogGaussMultiMix_32f_D2(const qel32f* pMean, const qel32f* pVar, int step,
+                                                const qel32f* pSrc, int width, qel32f* pSrcDst,
+                                                int height);
+QELSR_API qelStatus qelsLogGaussMultiMix_32f_D2L(const qel32f** ppMean, const qel32f** ppVar,
+                                                 const qel32f* pSrc, int width, qel32f* pSrcDst,
+                                                 int height);
+QELSR_API qelStatus qelsLogGaussMultiMix_64f_D2(const qel64f* pMean, const qel64f* pVar, int step,
+                                                const qel64f* pSrc, int width, qel64f* pSrcDst,
+                                                int height);
+QELSR_API qelStatus qelsLogGaussMultiMix_64f_D2L(const qel64f** ppMean, const qel64f** ppVar,
+                                                 const qel64f* pSrc, int width, qel64f* pSrcDst,
+                                                 int height);
+/* pSrcDst[m] keeps the greater of itself and the score of component m. */
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_32f_D2(const qel32f* pMean, const qel32f* pVar,
+                                                   int step, const qel32f* pSrc, int width,
+                                                   const qel32f* pVal, qel32f* pSrcDst, int height);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_32f_D2L(const qel32f** ppMean, const qel32f** ppVar,
+                                                    const qel32f* pSrc, int width,
+                                                    const qel32f* pVal, qel32f* pSrcDst, int height);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_64f_D2(const qel64f* pMean, const qel64f* pVar,
+                                                   int step, const qel64f* pSrc, int width,
+                                                   const qel64f* pVal, qel64f* pSrcDst, int height);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_64f_D2L(const qel64f** ppMean, const qel64f** ppVar,
+                                                    const qel64f* pSrc, int width,
+                                                    const qel64f* pVal, qel64f* pSrcDst, int height);
+/* pSrcDst[m] becomes the log-add of itself and the score of component m. */
+QELSR_API qelStatus qelsLogGaussAddMultiMix_32f_D2(const qel32f* pMean, const qel32f* pVar,
+                                                   int step, const qel32f* pSrc, int width,
+                                                   const qel32f* pVal, qel32f* pSrcDst, int height);
+QELSR_API qelStatus qelsLogGaussAddMultiMix_32f_D2L(const qel32f** ppMean, const qel32f** ppVar,
+                                                    const qel32f* pSrc, int width,
+                                                    const qel32f* pVal, qel32f* pSrcDst, int height);
+QELSR_API qelStatus qelsLogGaussAddMultiMix_64f_D2(const qel64f* pMean, const qel64f* pVar,
+                                                   int step, const qel64f* pSrc, int width,
+                                                   const qel64f* pVal, qel64f* pSrcDst, int height);
+QELSR_API qelStatus qelsLogGaussAddMultiMix_64f_D2L(const qel64f** ppMean, const qel64f** ppVar,
+                                                    const qel64f* pSrc, int width,
+                                                    const qel64f* pVal, qel64f* pSrcDst, int height);
+/* Weighted squared distance of the observation to each component mean. */
+QELSR_API qelStatus qelsMahDistMultiMix_32f_D2(const qel32f* pMean, const qel32f* pVar, int step,
+                                               const qel32f* pSrc, int width, qel32f* pDst,
+                                               int height);
+QELSR_API qelStatus qelsMahDistMultiMix_32f_D2L(const qel32f** ppMean, const qel32f** ppVar,
+                                                const qel32f* pSrc, int width, qel32f* pDst,
+                                                int height);
+QELSR_API qelStatus qelsMahDistMultiMix_64f_D2(const qel64f* pMean, const qel64f* pVar, int step,
+                                               const qel64f* pSrc, int width, qel64f* pDst,
+                                               int height);
+QELSR_API qelStatus qelsMahDistMultiMix_64f_D2L(const qel64f** ppMean, const qel64f** ppVar,
+                                                const qel64f* pSrc, int width, qel64f* pDst,
+                                                int height);
+/* Log likelihood of a whole mixture: log of the sum of exp(score). */
+QELSR_API qelStatus qelsLogGaussMixture_32f_D2(const qel32f* pSrc, const qel32f* pMean,
+                                               const qel32f* pVar, int height, int step, int width,
+                                               const qel32f* pVal, qel32f* pResult);
+QELSR_API qelStatus qelsLogGaussMixture_32f_D2L(const qel32f* pSrc, const qel32f** ppMean,
+                                                const qel32f** ppVar, int height, int width,
+                                                const qel32f* pVal, qel32f* pResult);
+QELSR_API qelStatus qelsLogGaussMixture_64f_D2(const qel64f* pSrc, const qel64f* pMean,
+                                               const qel64f* pVar, int height, int step, int width,
+                                               const qel64f* pVal, qel64f* pResult);
+QELSR_API qelStatus qelsLogGaussMixture_64f_D2L(const qel64f* pSrc, const qel64f** ppMean,
+                                                const qel64f** ppVar, int height, int width,
+                                                const qel64f* pVal, qel64f* pResult);
+QELSR_API qelStatus qelsLogGaussMixture_IdVar_32f_D2(const qel32f* pSrc, const qel32f* pMean,
+                                                     int height, int step, int width,
+                                                     const qel32f* pVal, qel32f* pResult);
+QELSR_API qelStatus qelsLogGaussMixture_IdVar_32f_D2L(const qel32f* pSrc, const qel32f** ppMean,
+                                                      int height, int width, const qel32f* pVal,
+                                                      qel32f* pResult);
+QELSR_API qelStatus qelsLogGaussMixture_IdVar_64f_D2(const qel64f* pSrc, const qel64f* pMean,
+                                                     int height, int step, int width,
+                                                     const qel64f* pVal, qel64f* pResult);
+QELSR_API qelStatus qelsLogGaussMixture_IdVar_64f_D2L(const qel64f* pSrc, const qel64f** ppMean,
+                                                      int height, int width, const qel64f* pVal,
+                                                      qel64f* pResult);
 /* @@mixture-scores@@ */
 
 #ifdef __cplusplus

@@ -128,10 +128,232 @@ void sMeanVarAcc_64f_M7_Al(const qel64f* pSrc, const qel64f* pMean, qel64f* pMea
 // @@gauss-single@@
 
 // ---- frame-block scores
+// Block kernels: one score per row, rows taken four at a time (32f) or two at
+// a time (64f) so that each load of pMean and pVar serves several rows. The
+// constant term comes by address. Arguments are not checked; any width and
+// height of at least 1 are served. The _Al twins need pSrc (every row),
+// pMean and pVar on 16 bytes; the Max IdVar 64f _Al twins also need pDst.
+void qelsLogGauss_32f_D2_M7(const qel32f* pSrc, int step, const qel32f* pMean, const qel32f* pVar,
+                            int width, qel32f* pDst, int height, const qel32f* pVal);
+void qelsLogGauss_32f_D2_M7_Al(const qel32f* pSrc, int step, const qel32f* pMean,
+                               const qel32f* pVar, int width, qel32f* pDst, int height,
+                               const qel32f* pVal);
+void qelsLGauss_IdVar_32f_D2_M7(const qel32f* pSrc, int step, const qel32f* pMean, int width,
+                                qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGauss_IdVar_32f_D2_M7_Al(const qel32f* pSrc, int step, const qel32f* pMean, int width,
+                                   qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGaussMax_32f_D2_M7(const qel32f* pSrc, int step, const qel32f* pMean, const qel32f* pVar,
+                             int width, qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGaussMax_32f_D2_M7_Al(const qel32f* pSrc, int step, const qel32f* pMean,
+                                const qel32f* pVar, int width, qel32f* pDst, int height,
+                                const qel32f* pVal);
+void qelsLGaussMax_IdVar_32f_D2_M7(const qel32f* pSrc, int step, const qel32f* pMean, int width,
+                                   qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGaussMax_IdVar_32f_D2_M7_Al(const qel32f* pSrc, int step, const qel32f* pMean, int width,
+                                      qel32f* pDst, int height, const qel32f* pVal);
+void sMahDist_32f_D2_M7(const qel32f* pSrc, int step, const qel32f* pMean, const qel32f* pVar,
+                        int width, qel32f* pDst, int height);
+void sMahDist_32f_D2_M7_Al(const qel32f* pSrc, int step, const qel32f* pMean, const qel32f* pVar,
+                           int width, qel32f* pDst, int height);
+void qelsLogGauss_32f_D2L_M7(const qel32f* const* ppSrc, const qel32f* pMean, const qel32f* pVar,
+                             int width, qel32f* pDst, int height, const qel32f* pVal);
+void qelsLogGauss_32f_D2L_M7_Al(const qel32f* const* ppSrc, const qel32f* pMean, const qel32f* pVar,
+                                int width, qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGauss_IdVar_32f_D2L_M7(const qel32f* const* ppSrc, const qel32f* pMean, int width,
+                                 qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGauss_IdVar_32f_D2L_M7_Al(const qel32f* const* ppSrc, const qel32f* pMean, int width,
+                                    qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGaussMax_32f_D2L_M7(const qel32f* const* ppSrc, const qel32f* pMean, const qel32f* pVar,
+                              int width, qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGaussMax_32f_D2L_M7_Al(const qel32f* const* ppSrc, const qel32f* pMean,
+                                 const qel32f* pVar, int width, qel32f* pDst, int height,
+                                 const qel32f* pVal);
+void qelsLGaussMax_IdVar_32f_D2L_M7(const qel32f* const* ppSrc, const qel32f* pMean, int width,
+                                    qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGaussMax_IdVar_32f_D2L_M7_Al(const qel32f* const* ppSrc, const qel32f* pMean, int width,
+                                       qel32f* pDst, int height, const qel32f* pVal);
+void sMahDist_32f_D2L_M7(const qel32f* const* ppSrc, const qel32f* pMean, const qel32f* pVar,
+                         int width, qel32f* pDst, int height);
+void sMahDist_32f_D2L_M7_Al(const qel32f* const* ppSrc, const qel32f* pMean, const qel32f* pVar,
+                            int width, qel32f* pDst, int height);
+void qelsLGauss_64f_D2_M7(const qel64f* pSrc, int step, const qel64f* pMean, const qel64f* pVar,
+                          int width, qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGauss_64f_D2_M7_Al(const qel64f* pSrc, int step, const qel64f* pMean, const qel64f* pVar,
+                             int width, qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGauss_IdVar_64f_D2_M7(const qel64f* pSrc, int step, const qel64f* pMean, int width,
+                                qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGauss_IdVar_64f_D2_M7_Al(const qel64f* pSrc, int step, const qel64f* pMean, int width,
+                                   qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGaussMax_64f_D2_M7(const qel64f* pSrc, int step, const qel64f* pMean, const qel64f* pVar,
+                             int width, qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGaussMax_64f_D2_M7_Al(const qel64f* pSrc, int step, const qel64f* pMean,
+                                const qel64f* pVar, int width, qel64f* pDst, int height,
+                                const qel64f* pVal);
+void qelsLGaussMax_IdVar_64f_D2_M7(const qel64f* pSrc, int step, const qel64f* pMean, int width,
+                                   qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGaussMax_IdVar_64f_D2_M7_Al(const qel64f* pSrc, int step, const qel64f* pMean, int width,
+                                      qel64f* pDst, int height, const qel64f* pVal);
+void sMahDist_64f_D2_M7(const qel64f* pSrc, int step, const qel64f* pMean, const qel64f* pVar,
+                        int width, qel64f* pDst, int height);
+void sMahDist_64f_D2_M7_Al(const qel64f* pSrc, int step, const qel64f* pMean, const qel64f* pVar,
+                           int width, qel64f* pDst, int height);
+void qelsLGauss_64f_D2L_M7(const qel64f* const* ppSrc, const qel64f* pMean, const qel64f* pVar,
+                           int width, qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGauss_64f_D2L_M7_Al(const qel64f* const* ppSrc, const qel64f* pMean, const qel64f* pVar,
+                              int width, qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGauss_IdVar_64f_D2L_M7(const qel64f* const* ppSrc, const qel64f* pMean, int width,
+                                 qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGauss_IdVar_64f_D2L_M7_Al(const qel64f* const* ppSrc, const qel64f* pMean, int width,
+                                    qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGaussMax_64f_D2L_M7(const qel64f* const* ppSrc, const qel64f* pMean, const qel64f* pVar,
+                              int width, qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGaussMax_64f_D2L_M7_Al(const qel64f* const* ppSrc, const qel64f* pMean,
+                                 const qel64f* pVar, int width, qel64f* pDst, int height,
+                                 const qel64f* pVal);
+void qelsLGaussMax_IdVar_64f_D2L_M7(const qel64f* const* ppSrc, const qel64f* pMean, int width,
+                                    qel64f* pDst, int height, const qel64f* pVal);
+void qelsLGaussMax_IdVar_64f_D2L_M7_Al(const qel64f* const* ppSrc, const qel64f* pMean, int width,
+                                       qel64f* pDst, int height, const qel64f* pVal);
+void sMahDist_64f_D2L_M7(const qel64f* const* ppSrc, const qel64f* pMean, const qel64f* pVar,
+                         int width, qel64f* pDst, int height);
+void sMahDist_64f_D2L_M7_Al(const qel64f* const* ppSrc, const qel64f* pMean, const qel64f* pVar,
+                            int width, qel64f* pDst, int height);
 // @@gauss-block@@
 
 // ---- mixture scores
+// One observation pSrc against `height` components (rows of pMean/pVar at
+// `step`, or row pointers). Components go four at a time (two at a time in
+// 64f) sharing each observation load. Arguments are not checked; the _Al
+// twins want pSrc and every mean and variance row on 16 bytes (and, in the
+// 32f maximum kernels, pVal too).
+// Scores in place: pSrcDst holds the constant terms on entry.
+void qelsLGaussMultiMix_32f_D2_M7(const qel32f* pMean, const qel32f* pVar, int step,
+                                  const qel32f* pSrc, int width, qel32f* pSrcDst, int height);
+void qelsLGaussMultiMix_32f_D2_M7_Al(const qel32f* pMean, const qel32f* pVar, int step,
+                                     const qel32f* pSrc, int width, qel32f* pSrcDst, int height);
+void qelsLGaussMultiMix_32f_D2L_M7(const qel32f* const* ppMean, const qel32f* const* ppVar,
+                                   const qel32f* pSrc, int width, qel32f* pSrcDst, int height);
+void qelsLGaussMultiMix_32f_D2L_M7_Al(const qel32f* const* ppMean, const qel32f* const* ppVar,
+                                      const qel32f* pSrc, int width, qel32f* pSrcDst, int height);
+void qelsLGaussMultiMix_64f_D2_M7(const qel64f* pMean, const qel64f* pVar, int step,
+                                  const qel64f* pSrc, int width, qel64f* pSrcDst, int height);
+void qelsLGaussMultiMix_64f_D2_M7_Al(const qel64f* pMean, const qel64f* pVar, int step,
+                                     const qel64f* pSrc, int width, qel64f* pSrcDst, int height);
+void qelsLGaussMultiMix_64f_D2L_M7(const qel64f* const* ppMean, const qel64f* const* ppVar,
+                                   const qel64f* pSrc, int width, qel64f* pSrcDst, int height);
+void qelsLGaussMultiMix_64f_D2L_M7_Al(const qel64f* const* ppMean, const qel64f* const* ppVar,
+                                      const qel64f* pSrc, int width, qel64f* pSrcDst, int height);
+// pSrcDst[m] = max(score with constant pVal[m], pSrcDst[m]); a NaN score
+// keeps pSrcDst[m].
+void qelsLGaussMaxMultiMix_32f_D2_M7(const qel32f* pMean, const qel32f* pVar, int step,
+                                     const qel32f* pSrc, int width, const qel32f* pVal,
+                                     qel32f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_32f_D2_M7_Al(const qel32f* pMean, const qel32f* pVar, int step,
+                                        const qel32f* pSrc, int width, const qel32f* pVal,
+                                        qel32f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_32f_D2L_M7(const qel32f* const* ppMean, const qel32f* const* ppVar,
+                                      const qel32f* pSrc, int width, const qel32f* pVal,
+                                      qel32f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_32f_D2L_M7_Al(const qel32f* const* ppMean, const qel32f* const* ppVar,
+                                         const qel32f* pSrc, int width, const qel32f* pVal,
+                                         qel32f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_64f_D2_M7(const qel64f* pMean, const qel64f* pVar, int step,
+                                     const qel64f* pSrc, int width, const qel64f* pVal,
+                                     qel64f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_64f_D2_M7_Al(const qel64f* pMean, const qel64f* pVar, int step,
+                                        const qel64f* pSrc, int width, const qel64f* pVal,
+                                        qel64f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_64f_D2L_M7(const qel64f* const* ppMean, const qel64f* const* ppVar,
+                                      const qel64f* pSrc, int width, const qel64f* pVal,
+                                      qel64f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_64f_D2L_M7_Al(const qel64f* const* ppMean, const qel64f* const* ppVar,
+                                         const qel64f* pSrc, int width, const qel64f* pVal,
+                                         qel64f* pSrcDst, int height);
+// pDst[m] = weighted squared distance of pSrc to component m.
+void sMahDistMultiMix_32f_D2_M7(const qel32f* pMean, const qel32f* pVar, int step,
+                                const qel32f* pSrc, int width, qel32f* pDst, int height);
+void sMahDistMultiMix_32f_D2_M7_Al(const qel32f* pMean, const qel32f* pVar, int step,
+                                   const qel32f* pSrc, int width, qel32f* pDst, int height);
+void sMahDistMultiMix_32f_D2L_M7(const qel32f* const* ppMean, const qel32f* const* ppVar,
+                                 const qel32f* pSrc, int width, qel32f* pDst, int height);
+void sMahDistMultiMix_32f_D2L_M7_Al(const qel32f* const* ppMean, const qel32f* const* ppVar,
+                                    const qel32f* pSrc, int width, qel32f* pDst, int height);
+void sMahDistMultiMix_64f_D2_M7(const qel64f* pMean, const qel64f* pVar, int step,
+                                const qel64f* pSrc, int width, qel64f* pDst, int height);
+void sMahDistMultiMix_64f_D2_M7_Al(const qel64f* pMean, const qel64f* pVar, int step,
+                                   const qel64f* pSrc, int width, qel64f* pDst, int height);
+void sMahDistMultiMix_64f_D2L_M7(const qel64f* const* ppMean, const qel64f* const* ppVar,
+                                 const qel64f* pSrc, int width, qel64f* pDst, int height);
+void sMahDistMultiMix_64f_D2L_M7_Al(const qel64f* const* ppMean, const qel64f* const* ppVar,
+                                    const qel64f* pSrc, int width, qel64f* pDst, int height);
+// Identity-covariance scores in place, added like the four-row passes of
+// the frame-block scores: four components per pass, columns in order (8,
+// then 4), lanes folded, the width mod 4 last columns after the fold; then
+// the last components one at a time in the same order.
+void sLGaussMultiMix_IdVar_32f_D2_M7(const qel32f* pMean, int step, const qel32f* pSrc, int width,
+                                     qel32f* pSrcDst, int height);
+void sLGaussMultiMix_IdVar_32f_D2_M7_Al(const qel32f* pMean, int step, const qel32f* pSrc,
+                                        int width, qel32f* pSrcDst, int height);
 // @@gauss-mixture@@
+
+// 256-bit twins of the hottest single-precision kernels, for processors
+// with AVX2. Each gives the same bits as its 16-byte namesake (the name
+// without _Avx2) on every input: every row or component keeps its 4-lane
+// accumulator and its order of operations, two of them sharing one
+// register. They must only run where ownGaussWideKernels() is nonzero.
+//
+// ownGaussWideKernels: nonzero when the processor (and the system) support
+// AVX2. The answer is asked on the first call and kept in a function-local
+// constant: the only state, set once and never changed. It lives in a file
+// built for the baseline instruction set.
+int ownGaussWideKernels(void);
+void qelsLogGauss_32f_D2_M7_Avx2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                 const qel32f* pVar, int width, qel32f* pDst, int height,
+                                 const qel32f* pVal);
+void qelsLogGauss_32f_D2_M7_Al_Avx2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                    const qel32f* pVar, int width, qel32f* pDst, int height,
+                                    const qel32f* pVal);
+void qelsLGauss_IdVar_32f_D2_M7_Avx2(const qel32f* pSrc, int step, const qel32f* pMean, int width,
+                                     qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGauss_IdVar_32f_D2_M7_Al_Avx2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                        int width, qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGaussMax_32f_D2_M7_Avx2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                  const qel32f* pVar, int width, qel32f* pDst, int height,
+                                  const qel32f* pVal);
+void qelsLGaussMax_32f_D2_M7_Al_Avx2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                     const qel32f* pVar, int width, qel32f* pDst, int height,
+                                     const qel32f* pVal);
+void qelsLGaussMax_IdVar_32f_D2_M7_Avx2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                        int width, qel32f* pDst, int height, const qel32f* pVal);
+void qelsLGaussMax_IdVar_32f_D2_M7_Al_Avx2(const qel32f* pSrc, int step, const qel32f* pMean,
+                                           int width, qel32f* pDst, int height,
+                                           const qel32f* pVal);
+void qelsLGaussMultiMix_32f_D2_M7_Avx2(const qel32f* pMean, const qel32f* pVar, int step,
+                                       const qel32f* pSrc, int width, qel32f* pSrcDst, int height);
+void qelsLGaussMultiMix_32f_D2_M7_Al_Avx2(const qel32f* pMean, const qel32f* pVar, int step,
+                                          const qel32f* pSrc, int width, qel32f* pSrcDst,
+                                          int height);
+void qelsLGaussMultiMix_32f_D2L_M7_Avx2(const qel32f* const* ppMean, const qel32f* const* ppVar,
+                                        const qel32f* pSrc, int width, qel32f* pSrcDst,
+                                        int height);
+void qelsLGaussMultiMix_32f_D2L_M7_Al_Avx2(const qel32f* const* ppMean,
+                                           const qel32f* const* ppVar, const qel32f* pSrc,
+                                           int width, qel32f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_32f_D2_M7_Avx2(const qel32f* pMean, const qel32f* pVar, int step,
+                                          const qel32f* pSrc, int width, const qel32f* pVal,
+                                          qel32f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_32f_D2_M7_Al_Avx2(const qel32f* pMean, const qel32f* pVar, int step,
+                                             const qel32f* pSrc, int width, const qel32f* pVal,
+                                             qel32f* pSrcDst, int height);
+void qelsLGaussMaxMultiMix_32f_D2L_M7_Avx2(const qel32f* const* ppMean,
+                                           const qel32f* const* ppVar, const qel32f* pSrc,
+                                           int width, const qel32f* pVal, qel32f* pSrcDst,
+                                           int height);
+void qelsLGaussMaxMultiMix_32f_D2L_M7_Al_Avx2(const qel32f* const* ppMean,
+                                              const qel32f* const* ppVar, const qel32f* pSrc,
+                                              int width, const qel32f* pVal, qel32f* pSrcDst,
+                                              int height);
+// @@gauss-wide@@
 
 }  // extern "C"
 
