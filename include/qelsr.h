@@ -467,6 +467,331 @@ QELSR_API qelStatus qelsLogGaussMixture_IdVar_64f_D2L(const qel64f* pSrc, const 
                                                       qel64f* pResult);
 /* @@mixture-scores@@ */
 
+/* ------------------------------------------------------------------------
+ * Fixed-point Gaussian scores
+ * ------------------------------------------------------------------------ */
+/* 16-bit members of the single, block and mixture scores: pSrc, pMean, pVar
+   are 16-bit integers, d = pSrc - pMean saturates at the 16-bit limits, and
+   the score is val - 0.5 * S * 2^-scaleFactor with S = sum(d*d*pVar) (pVar
+   holds scaled inverse variances; DirectVar: variances; IdVar: none). Scaled
+   members take and give singles, the others 32-bit integers (Sfs). Low
+   members form S in 32-bit integers for scaleFactor >= 0 (the lowest bit of
+   each d*d/2 is dropped). Checks as the 32f twins; the strided mixture
+   (qelsLogGaussMixture_*_D2) looks at the stride first. */
+QELSR_API qelStatus qelsLogGaussSingle_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean,
+                                                  const qel16s* pVar, int len, qel32s* pResult,
+                                                  qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_Scaled_16s32f(const qel16s* pSrc, const qel16s* pMean,
+                                                     const qel16s* pVar, int len, qel32f* pResult,
+                                                     qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_Low_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean,
+                                                      const qel16s* pVar, int len, qel32s* pResult,
+                                                      qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_LowScaled_16s32f(const qel16s* pSrc, const qel16s* pMean,
+                                                        const qel16s* pVar, int len,
+                                                        qel32f* pResult, qel32f val,
+                                                        int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_IdVar_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean,
+                                                        int len, qel32s* pResult, qel32s val,
+                                                        int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_IdVarScaled_16s32f(const qel16s* pSrc, const qel16s* pMean,
+                                                          int len, qel32f* pResult, qel32f val,
+                                                          int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_IdVarLow_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean,
+                                                           int len, qel32s* pResult, qel32s val,
+                                                           int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_IdVarLowScaled_16s32f(const qel16s* pSrc,
+                                                             const qel16s* pMean, int len,
+                                                             qel32f* pResult, qel32f val,
+                                                             int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_DirectVar_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean,
+                                                            const qel16s* pVar, int len,
+                                                            qel32s* pResult, qel32s val,
+                                                            int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_DirectVarScaled_16s32f(const qel16s* pSrc,
+                                                              const qel16s* pMean,
+                                                              const qel16s* pVar, int len,
+                                                              qel32f* pResult, qel32f val,
+                                                              int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_BlockDVar_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean,
+                                                            const BlockDMatrix* pBlockDVar, int len,
+                                                            qel32s* pResult, qel32s val,
+                                                            int scaleFactor);
+QELSR_API qelStatus qelsLogGaussSingle_BlockDVarScaled_16s32f(const qel16s* pSrc,
+                                                              const qel16s* pMean,
+                                                              const BlockDMatrix* pBlockDVar,
+                                                              int len, qel32f* pResult, qel32f val,
+                                                              int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
+                                              const qel16s* pVar, int width, qel32s* pDst,
+                                              int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
+                                               const qel16s* pVar, int width, qel32s* pDst,
+                                               int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_Scaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
+                                                  const qel16s* pVar, int width, qel32f* pDst,
+                                                  int height, qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_Scaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
+                                                   const qel16s* pVar, int width, qel32f* pDst,
+                                                   int height, qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_Low_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
+                                                  const qel16s* pVar, int width, qel32s* pDst,
+                                                  int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_Low_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
+                                                   const qel16s* pVar, int width, qel32s* pDst,
+                                                   int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_LowScaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                     const qel16s* pMean, const qel16s* pVar,
+                                                     int width, qel32f* pDst, int height,
+                                                     qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_LowScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
+                                                      const qel16s* pVar, int width, qel32f* pDst,
+                                                      int height, qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_IdVar_16s32s_D2Sfs(const qel16s* pSrc, int step,
+                                                    const qel16s* pMean, int width, qel32s* pDst,
+                                                    int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_IdVar_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
+                                                     int width, qel32s* pDst, int height,
+                                                     qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_IdVarScaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                       const qel16s* pMean, int width, qel32f* pDst,
+                                                       int height, qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_IdVarScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
+                                                        int width, qel32f* pDst, int height,
+                                                        qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_IdVarLow_16s32s_D2Sfs(const qel16s* pSrc, int step,
+                                                       const qel16s* pMean, int width, qel32s* pDst,
+                                                       int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_IdVarLow_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
+                                                        int width, qel32s* pDst, int height,
+                                                        qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_IdVarLowScaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                          const qel16s* pMean, int width,
+                                                          qel32f* pDst, int height, qel32f val,
+                                                          int scaleFactor);
+QELSR_API qelStatus qelsLogGauss_IdVarLowScaled_16s32f_D2L(const qel16s** ppSrc,
+                                                           const qel16s* pMean, int width,
+                                                           qel32f* pDst, int height, qel32f val,
+                                                           int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
+                                                 const qel16s* pVar, int width, qel32s* pDst,
+                                                 int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
+                                                  const qel16s* pVar, int width, qel32s* pDst,
+                                                  int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_Scaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                     const qel16s* pMean, const qel16s* pVar,
+                                                     int width, qel32f* pDst, int height,
+                                                     qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_Scaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
+                                                      const qel16s* pVar, int width, qel32f* pDst,
+                                                      int height, qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_Low_16s32s_D2Sfs(const qel16s* pSrc, int step,
+                                                     const qel16s* pMean, const qel16s* pVar,
+                                                     int width, qel32s* pDst, int height,
+                                                     qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_Low_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
+                                                      const qel16s* pVar, int width, qel32s* pDst,
+                                                      int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_LowScaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                        const qel16s* pMean, const qel16s* pVar,
+                                                        int width, qel32f* pDst, int height,
+                                                        qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_LowScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
+                                                         const qel16s* pVar, int width,
+                                                         qel32f* pDst, int height, qel32f val,
+                                                         int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_IdVar_16s32s_D2Sfs(const qel16s* pSrc, int step,
+                                                       const qel16s* pMean, int width, qel32s* pDst,
+                                                       int height, qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_IdVar_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
+                                                        int width, qel32s* pDst, int height,
+                                                        qel32s val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_IdVarScaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                          const qel16s* pMean, int width,
+                                                          qel32f* pDst, int height, qel32f val,
+                                                          int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_IdVarScaled_16s32f_D2L(const qel16s** ppSrc,
+                                                           const qel16s* pMean, int width,
+                                                           qel32f* pDst, int height, qel32f val,
+                                                           int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_IdVarLow_16s32s_D2Sfs(const qel16s* pSrc, int step,
+                                                          const qel16s* pMean, int width,
+                                                          qel32s* pDst, int height, qel32s val,
+                                                          int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_IdVarLow_16s32s_D2LSfs(const qel16s** ppSrc,
+                                                           const qel16s* pMean, int width,
+                                                           qel32s* pDst, int height, qel32s val,
+                                                           int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_IdVarLowScaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                             const qel16s* pMean, int width,
+                                                             qel32f* pDst, int height, qel32f val,
+                                                             int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMax_IdVarLowScaled_16s32f_D2L(const qel16s** ppSrc,
+                                                              const qel16s* pMean, int width,
+                                                              qel32f* pDst, int height, qel32f val,
+                                                              int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAdd_Scaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                     const qel16s* pMean, const qel16s* pVar,
+                                                     int width, qel32f* pDst, int height,
+                                                     qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAdd_Scaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
+                                                      const qel16s* pVar, int width, qel32f* pDst,
+                                                      int height, qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAdd_LowScaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                        const qel16s* pMean, const qel16s* pVar,
+                                                        int width, qel32f* pDst, int height,
+                                                        qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAdd_LowScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
+                                                         const qel16s* pVar, int width,
+                                                         qel32f* pDst, int height, qel32f val,
+                                                         int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAdd_IdVarScaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                          const qel16s* pMean, int width,
+                                                          qel32f* pDst, int height, qel32f val,
+                                                          int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAdd_IdVarScaled_16s32f_D2L(const qel16s** ppSrc,
+                                                           const qel16s* pMean, int width,
+                                                           qel32f* pDst, int height, qel32f val,
+                                                           int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAdd_IdVarLowScaled_16s32f_D2(const qel16s* pSrc, int step,
+                                                             const qel16s* pMean, int width,
+                                                             qel32f* pDst, int height, qel32f val,
+                                                             int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAdd_IdVarLowScaled_16s32f_D2L(const qel16s** ppSrc,
+                                                              const qel16s* pMean, int width,
+                                                              qel32f* pDst, int height, qel32f val,
+                                                              int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_Scaled_16s32f_D2(const qel16s* pSrc, const qel16s* pMean,
+                                                         const qel16s* pVar, int height, int step,
+                                                         int width, const qel32f* pVal,
+                                                         qel32f* pResult, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_Scaled_16s32f_D2L(const qel16s* pSrc, const qel16s** ppMean,
+                                                          const qel16s** ppVar, int height,
+                                                          int width, const qel32f* pVal,
+                                                          qel32f* pResult, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_LowScaled_16s32f_D2(const qel16s* pSrc, const qel16s* pMean,
+                                                            const qel16s* pVar, int height,
+                                                            int step, int width, const qel32f* pVal,
+                                                            qel32f* pResult, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_LowScaled_16s32f_D2L(const qel16s* pSrc,
+                                                             const qel16s** ppMean,
+                                                             const qel16s** ppVar, int height,
+                                                             int width, const qel32f* pVal,
+                                                             qel32f* pResult, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_IdVarScaled_16s32f_D2(const qel16s* pSrc,
+                                                              const qel16s* pMean, int height,
+                                                              int step, int width,
+                                                              const qel32f* pVal, qel32f* pResult,
+                                                              int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_IdVarScaled_16s32f_D2L(const qel16s* pSrc,
+                                                               const qel16s** ppMean, int height,
+                                                               int width, const qel32f* pVal,
+                                                               qel32f* pResult, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_IdVarLowScaled_16s32f_D2(const qel16s* pSrc,
+                                                                 const qel16s* pMean, int height,
+                                                                 int step, int width,
+                                                                 const qel32f* pVal,
+                                                                 qel32f* pResult, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_IdVarLowScaled_16s32f_D2L(const qel16s* pSrc,
+                                                                  const qel16s** ppMean, int height,
+                                                                  int width, const qel32f* pVal,
+                                                                  qel32f* pResult, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMultiMix_16s32s_D2Sfs(const qel16s* pMean, const qel16s* pVar,
+                                                      int step, const qel16s* pSrc, int width,
+                                                      qel32s* pSrcDst, int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMultiMix_16s32s_D2LSfs(const qel16s** ppMean, const qel16s** ppVar,
+                                                       const qel16s* pSrc, int width,
+                                                       qel32s* pSrcDst, int height,
+                                                       int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMultiMix_Scaled_16s32f_D2(const qel16s* pMean, const qel16s* pVar,
+                                                          int step, const qel16s* pSrc, int width,
+                                                          qel32f* pSrcDst, int height,
+                                                          int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMultiMix_Scaled_16s32f_D2L(const qel16s** ppMean,
+                                                           const qel16s** ppVar, const qel16s* pSrc,
+                                                           int width, qel32f* pSrcDst, int height,
+                                                           int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMultiMix_Low_16s32s_D2Sfs(const qel16s* pMean, const qel16s* pVar,
+                                                          int step, const qel16s* pSrc, int width,
+                                                          qel32s* pSrcDst, int height,
+                                                          int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMultiMix_Low_16s32s_D2LSfs(const qel16s** ppMean,
+                                                           const qel16s** ppVar, const qel16s* pSrc,
+                                                           int width, qel32s* pSrcDst, int height,
+                                                           int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMultiMix_LowScaled_16s32f_D2(const qel16s* pMean,
+                                                             const qel16s* pVar, int step,
+                                                             const qel16s* pSrc, int width,
+                                                             qel32f* pSrcDst, int height,
+                                                             int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMultiMix_LowScaled_16s32f_D2L(const qel16s** ppMean,
+                                                              const qel16s** ppVar,
+                                                              const qel16s* pSrc, int width,
+                                                              qel32f* pSrcDst, int height,
+                                                              int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_16s32s_D2Sfs(const qel16s* pMean, const qel16s* pVar,
+                                                         int step, const qel16s* pSrc, int width,
+                                                         const qel32s* pVal, qel32s* pSrcDst,
+                                                         int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_16s32s_D2LSfs(const qel16s** ppMean,
+                                                          const qel16s** ppVar, const qel16s* pSrc,
+                                                          int width, const qel32s* pVal,
+                                                          qel32s* pSrcDst, int height,
+                                                          int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_Scaled_16s32f_D2(const qel16s* pMean,
+                                                             const qel16s* pVar, int step,
+                                                             const qel16s* pSrc, int width,
+                                                             const qel32f* pVal, qel32f* pSrcDst,
+                                                             int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_Scaled_16s32f_D2L(const qel16s** ppMean,
+                                                              const qel16s** ppVar,
+                                                              const qel16s* pSrc, int width,
+                                                              const qel32f* pVal, qel32f* pSrcDst,
+                                                              int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_Low_16s32s_D2Sfs(const qel16s* pMean,
+                                                             const qel16s* pVar, int step,
+                                                             const qel16s* pSrc, int width,
+                                                             const qel32s* pVal, qel32s* pSrcDst,
+                                                             int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_Low_16s32s_D2LSfs(const qel16s** ppMean,
+                                                              const qel16s** ppVar,
+                                                              const qel16s* pSrc, int width,
+                                                              const qel32s* pVal, qel32s* pSrcDst,
+                                                              int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_LowScaled_16s32f_D2(const qel16s* pMean,
+                                                                const qel16s* pVar, int step,
+                                                                const qel16s* pSrc, int width,
+                                                                const qel32f* pVal, qel32f* pSrcDst,
+                                                                int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMaxMultiMix_LowScaled_16s32f_D2L(
+    const qel16s** ppMean, const qel16s** ppVar, const qel16s* pSrc, int width, const qel32f* pVal,
+    qel32f* pSrcDst, int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAddMultiMix_Scaled_16s32f_D2(const qel16s* pMean,
+                                                             const qel16s* pVar, int step,
+                                                             const qel16s* pSrc, int width,
+                                                             const qel32f* pVal, qel32f* pSrcDst,
+                                                             int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAddMultiMix_Scaled_16s32f_D2L(const qel16s** ppMean,
+                                                              const qel16s** ppVar,
+                                                              const qel16s* pSrc, int width,
+                                                              const qel32f* pVal, qel32f* pSrcDst,
+                                                              int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAddMultiMix_LowScaled_16s32f_D2(const qel16s* pMean,
+                                                                const qel16s* pVar, int step,
+                                                                const qel16s* pSrc, int width,
+                                                                const qel32f* pVal, qel32f* pSrcDst,
+                                                                int height, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussAddMultiMix_LowScaled_16s32f_D2L(
+    const qel16s** ppMean, const qel16s** ppVar, const qel16s* pSrc, int width, const qel32f* pVal,
+    qel32f* pSrcDst, int height, int scaleFactor);
+QELSR_API qelStatus qelsMahDistSingle_16s32f(const qel16s* pSrc, const qel16s* pMean,
+                                             const qel16s* pVar, int len, qel32f* pResult);
+QELSR_API qelStatus qelsMahDistSingle_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean,
+                                                 const qel16s* pVar, int len, qel32s* pResult,
+                                                 int scaleFactor);
+/* @@fixed-point-scores@@ */
+
 #ifdef __cplusplus
 }
 #endif

@@ -296,6 +296,361 @@ void sLGaussMultiMix_IdVar_32f_D2_M7_Al(const qel32f* pMean, int step, const qel
                                         int width, qel32f* pSrcDst, int height);
 // @@gauss-mixture@@
 
+// ---- 16-bit scores
+// Kernels of the fixed-point members; nothing is checked and the _Al twins
+// want the 16-bit rows they read (and the strides) on 16 bytes. d is the
+// saturated 16-bit difference. Constants come by address; pScale is the
+// single 2^-(scaleFactor + 1) that the wrapper forms (for the DirectVar
+// kernel 2^-scaleFactor, with the half applied in the kernel).
+// Single observation: groups of 8 columns folded into a running sum.
+void qelsLGaussSingle_16s32s_Sfs_M7(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
+                                    int len, qel32s* pResult, const qel32s* pVal, int scaleFactor);
+void qelsLGaussSingle_16s32s_Sfs_M7_Al(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
+                                       int len, qel32s* pResult, const qel32s* pVal,
+                                       int scaleFactor);
+void qelsLGaussSingle_16s32f_M7(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
+                                int len, qel32f* pResult, const qel32f* pVal, const qel32f* pScale);
+void qelsLGaussSingle_16s32f_M7_Al(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
+                                   int len, qel32f* pResult, const qel32f* pVal,
+                                   const qel32f* pScale);
+void qelsLGaussSingleLow_16s32s_Sfs_M7(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
+                                       int len, qel32s* pResult, const qel32s* pVal,
+                                       int scaleFactor);
+void qelsLGaussSingleLow_16s32s_Sfs_M7_Al(const qel16s* pSrc, const qel16s* pMean,
+                                          const qel16s* pVar, int len, qel32s* pResult,
+                                          const qel32s* pVal, int scaleFactor);
+void qelsLGaussSingleLow_16s32f_M7(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
+                                   int len, qel32f* pResult, const qel32f* pVal, int scaleFactor);
+void qelsLGaussSingleLow_16s32f_M7_Al(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
+                                      int len, qel32f* pResult, const qel32f* pVal,
+                                      int scaleFactor);
+void qelsLGaussSingle_IdVar_16s32s_Sfs_M7(const qel16s* pSrc, const qel16s* pMean, int len,
+                                          qel32s* pResult, const qel32s* pVal, int scaleFactor);
+void qelsLGaussSingle_IdVar_16s32s_Sfs_M7_Al(const qel16s* pSrc, const qel16s* pMean, int len,
+                                             qel32s* pResult, const qel32s* pVal, int scaleFactor);
+void qelsLGaussSingle_IdVar_16s32f_M7(const qel16s* pSrc, const qel16s* pMean, int len,
+                                      qel32f* pResult, const qel32f* pVal, const qel32f* pScale);
+void qelsLGaussSingle_IdVar_16s32f_M7_Al(const qel16s* pSrc, const qel16s* pMean, int len,
+                                         qel32f* pResult, const qel32f* pVal, const qel32f* pScale);
+void qelsLGaussSingleLow_IdVar_16s32s_Sfs_M7(const qel16s* pSrc, const qel16s* pMean, int len,
+                                             qel32s* pResult, const qel32s* pVal, int scaleFactor);
+void qelsLGaussSingleLow_IdVar_16s32s_Sfs_M7_Al(const qel16s* pSrc, const qel16s* pMean, int len,
+                                                qel32s* pResult, const qel32s* pVal,
+                                                int scaleFactor);
+void qelsLGaussSingle_IdVarLow_16s32f_M7(const qel16s* pSrc, const qel16s* pMean, int len,
+                                         qel32f* pResult, const qel32f* pVal, int scaleFactor);
+void qelsLGaussSingle_IdVarLow_16s32f_M7_Al(const qel16s* pSrc, const qel16s* pMean, int len,
+                                            qel32f* pResult, const qel32f* pVal, int scaleFactor);
+void qelsLGaussSingle_DirectVar_16s32f_M7(const qel16s* pSrc, const qel16s* pMean,
+                                          const qel32f* pInvVar, int len, qel32f* pResult,
+                                          const qel32f* pVal, const qel32f* pScale);
+void qelsLGaussSingle_DirectVar_16s32f_M7_Al(const qel16s* pSrc, const qel16s* pMean,
+                                             const qel32f* pInvVar, int len, qel32f* pResult,
+                                             const qel32f* pVal, const qel32f* pScale);
+void sMahDistSingle_16s32f_M7(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar, int len,
+                              qel32f* pResult);
+void sMahDistSingle_16s32s_Sfs_M7(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
+                                  int len, qel32s* pResult, int scaleFactor);
+// Frames against one Gaussian (_D2, _D2L) and one observation against
+// components (MultiMix, in place in pSrcDst; MaxMultiMix with pVal), one
+// 4-lane accumulator per row. The 32-bit maxima qelsLGaussMax_16s32s_M7,
+// qelsLGaussMax_IdVar_16s32s_D2Sfs_M7, qelsLGaussMaxMultiMix_16s32s_D2Sfs_M7
+// and their twins run with rounding towards zero and restore the mode.
+void qelsLGauss_16s32s_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean, const qel16s* pVar,
+                             int width, qel32s* pDst, int height, const qel32s* pVal,
+                             int scaleFactor);
+void qelsLGauss_16s32s_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                const qel16s* pVar, int width, qel32s* pDst, int height,
+                                const qel32s* pVal, int scaleFactor);
+void qelsLGauss_16s32s_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean, const qel16s* pVar,
+                              int width, qel32s* pDst, int height, const qel32s* pVal,
+                              int scaleFactor);
+void qelsLGauss_16s32s_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                 const qel16s* pVar, int width, qel32s* pDst, int height,
+                                 const qel32s* pVal, int scaleFactor);
+void qelsLGauss_16s32f_M7(const qel16s* pSrc, int step, const qel16s* pMean, const qel16s* pVar,
+                          int width, qel32f* pDst, int height, const qel32f* pVal,
+                          const qel32f* pScale);
+void qelsLGauss_16s32f_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean, const qel16s* pVar,
+                             int width, qel32f* pDst, int height, const qel32f* pVal,
+                             const qel32f* pScale);
+void qelsLGauss_16s32f_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean, const qel16s* pVar,
+                              int width, qel32f* pDst, int height, const qel32f* pVal,
+                              const qel32f* pScale);
+void qelsLGauss_16s32f_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                 const qel16s* pVar, int width, qel32f* pDst, int height,
+                                 const qel32f* pVal, const qel32f* pScale);
+void qelsLGaussLow_16s32s_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean,
+                                const qel16s* pVar, int width, qel32s* pDst, int height,
+                                const qel32s* pVal, int scaleFactor);
+void qelsLGaussLow_16s32s_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                   const qel16s* pVar, int width, qel32s* pDst, int height,
+                                   const qel32s* pVal, int scaleFactor);
+void qelsLGaussLow_16s32s_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                 const qel16s* pVar, int width, qel32s* pDst, int height,
+                                 const qel32s* pVal, int scaleFactor);
+void qelsLGaussLow_16s32s_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                    const qel16s* pVar, int width, qel32s* pDst, int height,
+                                    const qel32s* pVal, int scaleFactor);
+void qelsLGaussLow_16s32f_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean,
+                                const qel16s* pVar, int width, qel32f* pDst, int height,
+                                const qel32f* pVal, int scaleFactor);
+void qelsLGaussLow_16s32f_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                   const qel16s* pVar, int width, qel32f* pDst, int height,
+                                   const qel32f* pVal, int scaleFactor);
+void qelsLGaussLow_16s32f_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                 const qel16s* pVar, int width, qel32f* pDst, int height,
+                                 const qel32f* pVal, int scaleFactor);
+void qelsLGaussLow_16s32f_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                    const qel16s* pVar, int width, qel32f* pDst, int height,
+                                    const qel32f* pVal, int scaleFactor);
+void qelsLGauss_IdVar_16s32s_D2_Sfs_M7(const qel16s* pSrc, int step, const qel16s* pMean, int width,
+                                       qel32s* pDst, int height, const qel32s* pVal,
+                                       int scaleFactor);
+void qelsLGauss_IdVar_16s32s_D2_Sfs_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                          int width, qel32s* pDst, int height, const qel32s* pVal,
+                                          int scaleFactor);
+void qelsLGauss_IdVar_16s32s_D2L_Sfs_M7(const qel16s* const* ppSrc, const qel16s* pMean, int width,
+                                        qel32s* pDst, int height, const qel32s* pVal,
+                                        int scaleFactor);
+void qelsLGauss_IdVar_16s32s_D2L_Sfs_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                           int width, qel32s* pDst, int height, const qel32s* pVal,
+                                           int scaleFactor);
+void qelsLGauss_IdVar_16s32f_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean, int width,
+                                   qel32f* pDst, int height, const qel32f* pVal,
+                                   const qel32f* pScale);
+void qelsLGauss_IdVar_16s32f_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean, int width,
+                                      qel32f* pDst, int height, const qel32f* pVal,
+                                      const qel32f* pScale);
+void qelsLGauss_IdVar_16s32f_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean, int width,
+                                    qel32f* pDst, int height, const qel32f* pVal,
+                                    const qel32f* pScale);
+void qelsLGauss_IdVar_16s32f_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean, int width,
+                                       qel32f* pDst, int height, const qel32f* pVal,
+                                       const qel32f* pScale);
+void qelsLGaussLow_IdVar_16s32s_D2_Sfs_M7(const qel16s* pSrc, int step, const qel16s* pMean,
+                                          int width, qel32s* pDst, int height, const qel32s* pVal,
+                                          int scaleFactor);
+void qelsLGaussLow_IdVar_16s32s_D2_Sfs_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                             int width, qel32s* pDst, int height,
+                                             const qel32s* pVal, int scaleFactor);
+void qelsLGaussLow_IdVar_16s32s_D2L_Sfs_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                           int width, qel32s* pDst, int height, const qel32s* pVal,
+                                           int scaleFactor);
+void qelsLGaussLow_IdVar_16s32s_D2L_Sfs_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                              int width, qel32s* pDst, int height,
+                                              const qel32s* pVal, int scaleFactor);
+void qelsLGaussLow_IdVar_16s32f_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean, int width,
+                                      qel32f* pDst, int height, const qel32f* pVal,
+                                      int scaleFactor);
+void qelsLGaussLow_IdVar_16s32f_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                         int width, qel32f* pDst, int height, const qel32f* pVal,
+                                         int scaleFactor);
+void qelsLGaussLow_IdVar_16s32f_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean, int width,
+                                       qel32f* pDst, int height, const qel32f* pVal,
+                                       int scaleFactor);
+void qelsLGaussLow_IdVar_16s32f_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                          int width, qel32f* pDst, int height, const qel32f* pVal,
+                                          int scaleFactor);
+void qelsLGaussMax_16s32s_M7(const qel16s* pSrc, int step, const qel16s* pMean, const qel16s* pVar,
+                             int width, qel32s* pDst, int height, const qel32s* pVal,
+                             const qel32f* pScale);
+void qelsLGaussMax_16s32s_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                const qel16s* pVar, int width, qel32s* pDst, int height,
+                                const qel32s* pVal, const qel32f* pScale);
+void qelsLGaussMax_16s32s_D2LSfs_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                    const qel16s* pVar, int width, qel32s* pDst, int height,
+                                    const qel32s* pVal, const qel32f* pScale);
+void qelsLGaussMax_16s32s_D2LSfs_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                       const qel16s* pVar, int width, qel32s* pDst, int height,
+                                       const qel32s* pVal, const qel32f* pScale);
+void qelsLGaussMax_16s32f_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean,
+                                const qel16s* pVar, int width, qel32f* pDst, int height,
+                                const qel32f* pVal, const qel32f* pScale);
+void qelsLGaussMax_16s32f_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                   const qel16s* pVar, int width, qel32f* pDst, int height,
+                                   const qel32f* pVal, const qel32f* pScale);
+void qelsLGaussMax_16s32f_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                 const qel16s* pVar, int width, qel32f* pDst, int height,
+                                 const qel32f* pVal, const qel32f* pScale);
+void qelsLGaussMax_16s32f_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                    const qel16s* pVar, int width, qel32f* pDst, int height,
+                                    const qel32f* pVal, const qel32f* pScale);
+void qelsLGaussMaxLow_16s32s_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean,
+                                   const qel16s* pVar, int width, qel32s* pDst, int height,
+                                   const qel32s* pVal, int scaleFactor);
+void qelsLGaussMaxLow_16s32s_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                      const qel16s* pVar, int width, qel32s* pDst, int height,
+                                      const qel32s* pVal, int scaleFactor);
+void qelsLGaussMaxLow_16s32s_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                    const qel16s* pVar, int width, qel32s* pDst, int height,
+                                    const qel32s* pVal, int scaleFactor);
+void qelsLGaussMaxLow_16s32s_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                       const qel16s* pVar, int width, qel32s* pDst, int height,
+                                       const qel32s* pVal, int scaleFactor);
+void qelsLGaussMaxLow_16s32f_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean,
+                                   const qel16s* pVar, int width, qel32f* pDst, int height,
+                                   const qel32f* pVal, int scaleFactor);
+void qelsLGaussMaxLow_16s32f_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                      const qel16s* pVar, int width, qel32f* pDst, int height,
+                                      const qel32f* pVal, int scaleFactor);
+void qelsLGaussMaxLow_16s32f_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                    const qel16s* pVar, int width, qel32f* pDst, int height,
+                                    const qel32f* pVal, int scaleFactor);
+void qelsLGaussMaxLow_16s32f_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                       const qel16s* pVar, int width, qel32f* pDst, int height,
+                                       const qel32f* pVal, int scaleFactor);
+void qelsLGaussMax_IdVar_16s32s_D2Sfs_M7(const qel16s* pSrc, int step, const qel16s* pMean,
+                                         int width, qel32s* pDst, int height, const qel32s* pVal,
+                                         const qel32f* pScale);
+void qelsLGaussMax_IdVar_16s32s_D2Sfs_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                            int width, qel32s* pDst, int height, const qel32s* pVal,
+                                            const qel32f* pScale);
+void qelsLGaussMax_IdVar_16s32s_D2LSfs_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                          int width, qel32s* pDst, int height, const qel32s* pVal,
+                                          const qel32f* pScale);
+void qelsLGaussMax_IdVar_16s32s_D2LSfs_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                             int width, qel32s* pDst, int height,
+                                             const qel32s* pVal, const qel32f* pScale);
+void qelsLGaussMax_IdVar_16s32f_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean, int width,
+                                      qel32f* pDst, int height, const qel32f* pVal,
+                                      const qel32f* pScale);
+void qelsLGaussMax_IdVar_16s32f_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                         int width, qel32f* pDst, int height, const qel32f* pVal,
+                                         const qel32f* pScale);
+void qelsLGaussMax_IdVar_16s32f_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean, int width,
+                                       qel32f* pDst, int height, const qel32f* pVal,
+                                       const qel32f* pScale);
+void qelsLGaussMax_IdVar_16s32f_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                          int width, qel32f* pDst, int height, const qel32f* pVal,
+                                          const qel32f* pScale);
+void qelsLGaussMaxLow_IdVar_16s32s_D2_Sfs_M7(const qel16s* pSrc, int step, const qel16s* pMean,
+                                             int width, qel32s* pDst, int height,
+                                             const qel32s* pVal, int scaleFactor);
+void qelsLGaussMaxLow_IdVar_16s32s_D2_Sfs_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                                int width, qel32s* pDst, int height,
+                                                const qel32s* pVal, int scaleFactor);
+void qelsLGaussMaxLow_IdVar_16s32s_D2L_Sfs_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                              int width, qel32s* pDst, int height,
+                                              const qel32s* pVal, int scaleFactor);
+void qelsLGaussMaxLow_IdVar_16s32s_D2L_Sfs_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                                 int width, qel32s* pDst, int height,
+                                                 const qel32s* pVal, int scaleFactor);
+void qelsLGaussMaxLow_IdVar_16s32f_D2_M7(const qel16s* pSrc, int step, const qel16s* pMean,
+                                         int width, qel32f* pDst, int height, const qel32f* pVal,
+                                         int scaleFactor);
+void qelsLGaussMaxLow_IdVar_16s32f_D2_M7_Al(const qel16s* pSrc, int step, const qel16s* pMean,
+                                            int width, qel32f* pDst, int height, const qel32f* pVal,
+                                            int scaleFactor);
+void qelsLGaussMaxLow_IdVar_16s32f_D2L_M7(const qel16s* const* ppSrc, const qel16s* pMean,
+                                          int width, qel32f* pDst, int height, const qel32f* pVal,
+                                          int scaleFactor);
+void qelsLGaussMaxLow_IdVar_16s32f_D2L_M7_Al(const qel16s* const* ppSrc, const qel16s* pMean,
+                                             int width, qel32f* pDst, int height,
+                                             const qel32f* pVal, int scaleFactor);
+void qelsLGaussMultiMix_16s32s_D2Sfs_M7(const qel16s* pMean, const qel16s* pVar, int step,
+                                        const qel16s* pSrc, int width, qel32s* pSrcDst, int height,
+                                        int scaleFactor);
+void qelsLGaussMultiMix_16s32s_D2Sfs_M7_Al(const qel16s* pMean, const qel16s* pVar, int step,
+                                           const qel16s* pSrc, int width, qel32s* pSrcDst,
+                                           int height, int scaleFactor);
+void qelsLGaussMultiMix_16s32s_D2LSfs_M7(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                         const qel16s* pSrc, int width, qel32s* pSrcDst, int height,
+                                         int scaleFactor);
+void qelsLGaussMultiMix_16s32s_D2LSfs_M7_Al(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                            const qel16s* pSrc, int width, qel32s* pSrcDst,
+                                            int height, int scaleFactor);
+void qelsLGaussMultiMix_16s32f_D2_M7(const qel16s* pMean, const qel16s* pVar, int step,
+                                     const qel16s* pSrc, int width, qel32f* pSrcDst, int height,
+                                     const qel32f* pScale);
+void qelsLGaussMultiMix_16s32f_D2_M7_Al(const qel16s* pMean, const qel16s* pVar, int step,
+                                        const qel16s* pSrc, int width, qel32f* pSrcDst, int height,
+                                        const qel32f* pScale);
+void qelsLGaussMultiMix_16s32f_D2L_M7(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                      const qel16s* pSrc, int width, qel32f* pSrcDst, int height,
+                                      const qel32f* pScale);
+void qelsLGaussMultiMix_16s32f_D2L_M7_Al(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                         const qel16s* pSrc, int width, qel32f* pSrcDst, int height,
+                                         const qel32f* pScale);
+void qelsLGaussMultiMixLow_16s32s_D2Sfs_M7(const qel16s* pMean, const qel16s* pVar, int step,
+                                           const qel16s* pSrc, int width, qel32s* pSrcDst,
+                                           int height, int scaleFactor);
+void qelsLGaussMultiMixLow_16s32s_D2Sfs_M7_Al(const qel16s* pMean, const qel16s* pVar, int step,
+                                              const qel16s* pSrc, int width, qel32s* pSrcDst,
+                                              int height, int scaleFactor);
+void qelsLGaussMultiMixLow_16s32s_D2LSfs_M7(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                            const qel16s* pSrc, int width, qel32s* pSrcDst,
+                                            int height, int scaleFactor);
+void qelsLGaussMultiMixLow_16s32s_D2LSfs_M7_Al(const qel16s* const* ppMean,
+                                               const qel16s* const* ppVar, const qel16s* pSrc,
+                                               int width, qel32s* pSrcDst, int height,
+                                               int scaleFactor);
+void qelsLGaussMultiMixLow_16s32f_D2_M7(const qel16s* pMean, const qel16s* pVar, int step,
+                                        const qel16s* pSrc, int width, qel32f* pSrcDst, int height,
+                                        int scaleFactor);
+void qelsLGaussMultiMixLow_16s32f_D2_M7_Al(const qel16s* pMean, const qel16s* pVar, int step,
+                                           const qel16s* pSrc, int width, qel32f* pSrcDst,
+                                           int height, int scaleFactor);
+void qelsLGaussMultiMixLow_16s32f_D2L_M7(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                         const qel16s* pSrc, int width, qel32f* pSrcDst, int height,
+                                         int scaleFactor);
+void qelsLGaussMultiMixLow_16s32f_D2L_M7_Al(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                            const qel16s* pSrc, int width, qel32f* pSrcDst,
+                                            int height, int scaleFactor);
+void qelsLGaussMaxMultiMix_16s32s_D2Sfs_M7(const qel16s* pMean, const qel16s* pVar, int step,
+                                           const qel16s* pSrc, int width, const qel32s* pVal,
+                                           qel32s* pSrcDst, int height, const qel32f* pScale);
+void qelsLGaussMaxMultiMix_16s32s_D2Sfs_M7_Al(const qel16s* pMean, const qel16s* pVar, int step,
+                                              const qel16s* pSrc, int width, const qel32s* pVal,
+                                              qel32s* pSrcDst, int height, const qel32f* pScale);
+void qelsLGaussMaxMultiMix_16s32s_D2LSfs_M7(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                            const qel16s* pSrc, int width, const qel32s* pVal,
+                                            qel32s* pSrcDst, int height, const qel32f* pScale);
+void qelsLGaussMaxMultiMix_16s32s_D2LSfs_M7_Al(const qel16s* const* ppMean,
+                                               const qel16s* const* ppVar, const qel16s* pSrc,
+                                               int width, const qel32s* pVal, qel32s* pSrcDst,
+                                               int height, const qel32f* pScale);
+void qelsLGaussMaxMultiMix_16s32f_D2_M7(const qel16s* pMean, const qel16s* pVar, int step,
+                                        const qel16s* pSrc, int width, const qel32f* pVal,
+                                        qel32f* pSrcDst, int height, const qel32f* pScale);
+void qelsLGaussMaxMultiMix_16s32f_D2_M7_Al(const qel16s* pMean, const qel16s* pVar, int step,
+                                           const qel16s* pSrc, int width, const qel32f* pVal,
+                                           qel32f* pSrcDst, int height, const qel32f* pScale);
+void qelsLGaussMaxMultiMix_16s32f_D2L_M7(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                         const qel16s* pSrc, int width, const qel32f* pVal,
+                                         qel32f* pSrcDst, int height, const qel32f* pScale);
+void qelsLGaussMaxMultiMix_16s32f_D2L_M7_Al(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                            const qel16s* pSrc, int width, const qel32f* pVal,
+                                            qel32f* pSrcDst, int height, const qel32f* pScale);
+void qelsLGaussMaxMultiMixLow_16s32s_D2Sfs_M7(const qel16s* pMean, const qel16s* pVar, int step,
+                                              const qel16s* pSrc, int width, const qel32s* pVal,
+                                              qel32s* pSrcDst, int height, int scaleFactor);
+void qelsLGaussMaxMultiMixLow_16s32s_D2Sfs_M7_Al(const qel16s* pMean, const qel16s* pVar, int step,
+                                                 const qel16s* pSrc, int width, const qel32s* pVal,
+                                                 qel32s* pSrcDst, int height, int scaleFactor);
+void qelsLGaussMaxMultiMixLow_16s32s_D2LSfs_M7(const qel16s* const* ppMean,
+                                               const qel16s* const* ppVar, const qel16s* pSrc,
+                                               int width, const qel32s* pVal, qel32s* pSrcDst,
+                                               int height, int scaleFactor);
+void qelsLGaussMaxMultiMixLow_16s32s_D2LSfs_M7_Al(const qel16s* const* ppMean,
+                                                  const qel16s* const* ppVar, const qel16s* pSrc,
+                                                  int width, const qel32s* pVal, qel32s* pSrcDst,
+                                                  int height, int scaleFactor);
+void qelsLGaussMaxMultiMixLow_16s32f_D2_M7(const qel16s* pMean, const qel16s* pVar, int step,
+                                           const qel16s* pSrc, int width, const qel32f* pVal,
+                                           qel32f* pSrcDst, int height, int scaleFactor);
+void qelsLGaussMaxMultiMixLow_16s32f_D2_M7_Al(const qel16s* pMean, const qel16s* pVar, int step,
+                                              const qel16s* pSrc, int width, const qel32f* pVal,
+                                              qel32f* pSrcDst, int height, int scaleFactor);
+void qelsLGaussMaxMultiMixLow_16s32f_D2L_M7(const qel16s* const* ppMean, const qel16s* const* ppVar,
+                                            const qel16s* pSrc, int width, const qel32f* pVal,
+                                            qel32f* pSrcDst, int height, int scaleFactor);
+void qelsLGaussMaxMultiMixLow_16s32f_D2L_M7_Al(const qel16s* const* ppMean,
+                                               const qel16s* const* ppVar, const qel16s* pSrc,
+                                               int width, const qel32f* pVal, qel32f* pSrcDst,
+                                               int height, int scaleFactor);
+// @@gauss-fixed@@
+
 // 256-bit twins of the hottest single-precision kernels, for processors
 // with AVX2. Each gives the same bits as its 16-byte namesake (the name
 // without _Avx2) on every input: every row or component keeps its 4-lane
