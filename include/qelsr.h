@@ -792,6 +792,82 @@ QELSR_API qelStatus qelsMahDistSingle_16s32s_Sfs(const qel16s* pSrc, const qel16
                                                  int scaleFactor);
 /* @@fixed-point-scores@@ */
 
+/* ------------------------------------------------------------------------
+ * Gaussian selection
+ * ------------------------------------------------------------------------ */
+/* Bit tables. Bit p of a row lies in byte p / 8 under the mask
+   0x80 >> (p % 8): the first bit of a row is the most significant bit of its
+   first byte. A shortlist row has `rowBytes` bytes with its bits starting at
+   `bitOffset`; a sign table holds one row of (n + 7) / 8 bytes per frame, one
+   after the other. Index arrays hold the entries of all rows in sequence;
+   the `Var` forms take pCounts[r] (at least 1) entries for row r. */
+/* Sign row r = OR of the table rows named by its indices, over the nBits bits
+   from bitOffset, shifted to start at bit 0; unused bits of the last byte 0. */
+QELSR_API qelStatus qelsBuildSignTable_8u1u(const qel32s* pIndx, int nPerRow,
+                                            const qel8u* const* ppTable, int tableRows,
+                                            int rowBytes, int bitOffset, qel8u* pSign, int height,
+                                            int nBits);
+QELSR_API qelStatus qelsBuildSignTable_Var_8u1u(const qel32s* pIndx, const qel32s* pCounts,
+                                                const qel8u* const* ppTable, int tableRows,
+                                                int rowBytes, int bitOffset, qel8u* pSign,
+                                                int height, int nBits);
+/* Shortlists toggle (exclusive-or) the named bits and touch nothing else:
+   Row forms bit bitOffset + index of row r, Column forms bit bitOffset + c of
+   the row each index names. */
+QELSR_API qelStatus qelsFillShortlist_Row_1u(const qel32s* pIndx, int nCols, int nPerRow,
+                                             qel8u* const* ppDst, int height, int rowBytes,
+                                             int bitOffset);
+QELSR_API qelStatus qelsFillShortlist_RowVar_1u(const qel32s* pIndx, const qel32s* pCounts,
+                                                int nCols, qel8u* const* ppDst, int height,
+                                                int rowBytes, int bitOffset);
+QELSR_API qelStatus qelsFillShortlist_Column_1u(const qel32s* pIndx, int nPerCol,
+                                                qel8u* const* ppDst, int height, int rowBytes,
+                                                int bitOffset, int nCols);
+QELSR_API qelStatus qelsFillShortlist_ColumnVar_1u(const qel32s* pIndx, const qel32s* pCounts,
+                                                   qel8u* const* ppDst, int height, int rowBytes,
+                                                   int bitOffset, int nCols);
+/* Mixture score of each of nFrames frames over the components whose bit is
+   set in the frame's sign row (nMix bits), log-added in increasing component
+   order; a frame with no bit set receives `val`. pVal holds the constant
+   term of each component; `step` is the stride of frames, means and
+   variances alike. Allocates one 16-bit counter per frame. */
+QELSR_API qelStatus qelsLogGaussMixture_Select_32f_D2(const qel32f* pSrc, const qel32f* pMean,
+                                                      const qel32f* pVar, int step, int width,
+                                                      const qel32f* pVal, const qel8u* pSign,
+                                                      int nMix, qel32f* pDst, int nFrames,
+                                                      qel32f val);
+QELSR_API qelStatus qelsLogGaussMixture_Select_32f_D2L(const qel32f* const* ppSrc,
+                                                       const qel32f* const* ppMean,
+                                                       const qel32f* const* ppVar, int width,
+                                                       const qel32f* pVal, const qel8u* pSign,
+                                                       int nMix, qel32f* pDst, int nFrames,
+                                                       qel32f val);
+QELSR_API qelStatus qelsLogGaussMixture_SelectIdVar_32f_D2(const qel32f* pSrc, const qel32f* pMean,
+                                                           int step, int width, const qel32f* pVal,
+                                                           const qel8u* pSign, int nMix,
+                                                           qel32f* pDst, int nFrames, qel32f val);
+QELSR_API qelStatus qelsLogGaussMixture_SelectIdVar_32f_D2L(const qel32f* const* ppSrc,
+                                                            const qel32f* const* ppMean, int width,
+                                                            const qel32f* pVal, const qel8u* pSign,
+                                                            int nMix, qel32f* pDst, int nFrames,
+                                                            qel32f val);
+/* 16-bit data, single scores: val - S * 2^-(scaleFactor + 1) per component. */
+QELSR_API qelStatus qelsLogGaussMixture_SelectScaled_16s32f_D2(
+    const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar, int step, int width,
+    const qel32f* pVal, const qel8u* pSign, int nMix, qel32f* pDst, int nFrames, qel32f val,
+    int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_SelectScaled_16s32f_D2L(
+    const qel16s* const* ppSrc, const qel16s* const* ppMean, const qel16s* const* ppVar,
+    int width, const qel32f* pVal, const qel8u* pSign, int nMix, qel32f* pDst, int nFrames,
+    qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_SelectIdVarScaled_16s32f_D2(
+    const qel16s* pSrc, const qel16s* pMean, int step, int width, const qel32f* pVal,
+    const qel8u* pSign, int nMix, qel32f* pDst, int nFrames, qel32f val, int scaleFactor);
+QELSR_API qelStatus qelsLogGaussMixture_SelectIdVarScaled_16s32f_D2L(
+    const qel16s* const* ppSrc, const qel16s* const* ppMean, int width, const qel32f* pVal,
+    const qel8u* pSign, int nMix, qel32f* pDst, int nFrames, qel32f val, int scaleFactor);
+/* @@gaussian-selection@@ */
+
 #ifdef __cplusplus
 }
 #endif

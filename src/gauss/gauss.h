@@ -651,6 +651,16 @@ void qelsLGaussMaxMultiMixLow_16s32f_D2L_M7_Al(const qel16s* const* ppMean,
                                                int height, int scaleFactor);
 // @@gauss-fixed@@
 
+// ---- Gaussian selection
+// Sign table of short rows, one 32-bit word per selected table row. Returns
+// 1 with nothing written when an index leaves 0..tableRows-1, else 0. Only
+// for 4 <= nBits <= 24, table rows with at least 32 bytes behind
+// ceil8(bitOffset + nBits), and height * ceil8(nBits) above 4; never writes
+// beyond the height * ceil8(nBits) bytes of the table.
+int qelsBuildSignTable_8u1u_M7(const qel32s* pIndx, int nPerRow, const qel8u* const* ppTable,
+                               int tableRows, int bitOffset, qel8u* pSign, int height, int nBits);
+// @@gauss-select@@
+
 // 256-bit twins of the hottest single-precision kernels, for processors
 // with AVX2. Each gives the same bits as its 16-byte namesake (the name
 // without _Avx2) on every input: every row or component keeps its 4-lane
