@@ -183,7 +183,6 @@ QELSR_API qelStatus qelsCopyColumn_Indirect_64f_D2L(const qel64f* const* ppSrc, 
 QELSR_API qelStatus qelsCopyColumn_Indirect_16s_D2L(const qel16s* const* ppSrc, int srcLen,
                                                     qel16s* const* ppDst, const qel32s* pInd,
                                                     int dstLen, int height);
-/* @@rows-and-columns@@ */
 
 /* ------------------------------------------------------------------------
  * Log-domain arithmetic
@@ -217,7 +216,6 @@ QELSR_API qelStatus qelsLogSub_16s_Sfs(const qel16s* pSrc, qel16s* pSrcDst, int 
                                        int scaleFactor);
 QELSR_API qelStatus qelsLogSub_32s_Sfs(const qel32s* pSrc, qel32s* pSrcDst, int len,
                                        int scaleFactor);
-/* @@log-domain@@ */
 
 /* ------------------------------------------------------------------------
  * Block-diagonal matrices
@@ -243,7 +241,6 @@ QELSR_API qelStatus qelsBlockDMatrixFree_16s(BlockDMatrix* pBlockDMatrix);
 QELSR_API qelStatus qelsBlockDMatrixFree_32f(BlockDMatrix* pBlockDMatrix);
 QELSR_API qelStatus qelsBlockDMatrixFree_64f(BlockDMatrix* pBlockDMatrix);
 
-/* @@block-diagonal@@ */
 
 /* ------------------------------------------------------------------------
  * Single-observation Gaussian scores
@@ -303,7 +300,6 @@ QELSR_API qelStatus qelsMeanVarAcc_32f(const qel32f* pSrc, const qel32f* pMean, 
 QELSR_API qelStatus qelsMeanVarAcc_64f(const qel64f* pSrc, const qel64f* pMean, qel64f* pMeanAcc,
                                        qel64f* pVarAcc, int len, qel64f val);
 
-/* @@single-scores@@ */
 
 /* ------------------------------------------------------------------------
  * Frame-block Gaussian scores
@@ -381,7 +377,6 @@ QELSR_API qelStatus qelsMahDist_64f_D2(const qel64f* pSrc, int step, const qel64
                                        const qel64f* pVar, int width, qel64f* pDst, int height);
 QELSR_API qelStatus qelsMahDist_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
                                         const qel64f* pVar, int width, qel64f* pDst, int height);
-/* @@block-scores@@ */
 
 /* ------------------------------------------------------------------------
  * Mixture scores
@@ -465,7 +460,6 @@ QELSR_API qelStatus qelsLogGaussMixture_IdVar_64f_D2(const qel64f* pSrc, const q
 QELSR_API qelStatus qelsLogGaussMixture_IdVar_64f_D2L(const qel64f* pSrc, const qel64f** ppMean,
                                                       int height, int width, const qel64f* pVal,
                                                       qel64f* pResult);
-/* @@mixture-scores@@ */
 
 /* ------------------------------------------------------------------------
  * Fixed-point Gaussian scores
@@ -790,7 +784,6 @@ QELSR_API qelStatus qelsMahDistSingle_16s32f(const qel16s* pSrc, const qel16s* p
 QELSR_API qelStatus qelsMahDistSingle_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean,
                                                  const qel16s* pVar, int len, qel32s* pResult,
                                                  int scaleFactor);
-/* @@fixed-point-scores@@ */
 
 /* ------------------------------------------------------------------------
  * Gaussian selection
@@ -866,7 +859,6 @@ QELSR_API qelStatus qelsLogGaussMixture_SelectIdVarScaled_16s32f_D2(
 QELSR_API qelStatus qelsLogGaussMixture_SelectIdVarScaled_16s32f_D2L(
     const qel16s* const* ppSrc, const qel16s* const* ppMean, int width, const qel32f* pVal,
     const qel8u* pSign, int nMix, qel32f* pDst, int nFrames, qel32f val, int scaleFactor);
-/* @@gaussian-selection@@ */
 
 #ifdef __cplusplus
 }

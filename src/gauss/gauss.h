@@ -72,7 +72,6 @@ extern const std::array<qel64f, 9 * kLogAddTerms * 2> P_D;
 extern const std::array<qel32s, 16> Biasing_D;
 extern const std::array<qel64f, 16 * 2> INT_S_D;
 #pragma GCC visibility pop
-// @@gauss-log-domain@@
 
 // ---- single-observation scores
 // Kernels of one observation against one diagonal Gaussian; `len` is at
@@ -125,7 +124,6 @@ void sMeanVarAcc_64f_M7(const qel64f* pSrc, const qel64f* pMean, qel64f* pMeanAc
                         qel64f* pVarAcc, int len, const qel64f* pVal);
 void sMeanVarAcc_64f_M7_Al(const qel64f* pSrc, const qel64f* pMean, qel64f* pMeanAcc,
                            qel64f* pVarAcc, int len, const qel64f* pVal);
-// @@gauss-single@@
 
 // ---- frame-block scores
 // Block kernels: one score per row, rows taken four at a time (32f) or two at
@@ -218,7 +216,6 @@ void sMahDist_64f_D2L_M7(const qel64f* const* ppSrc, const qel64f* pMean, const 
                          int width, qel64f* pDst, int height);
 void sMahDist_64f_D2L_M7_Al(const qel64f* const* ppSrc, const qel64f* pMean, const qel64f* pVar,
                             int width, qel64f* pDst, int height);
-// @@gauss-block@@
 
 // ---- mixture scores
 // One observation pSrc against `height` components (rows of pMean/pVar at
@@ -294,7 +291,6 @@ void sLGaussMultiMix_IdVar_32f_D2_M7(const qel32f* pMean, int step, const qel32f
                                      qel32f* pSrcDst, int height);
 void sLGaussMultiMix_IdVar_32f_D2_M7_Al(const qel32f* pMean, int step, const qel32f* pSrc,
                                         int width, qel32f* pSrcDst, int height);
-// @@gauss-mixture@@
 
 // ---- 16-bit scores
 // Kernels of the fixed-point members; nothing is checked and the _Al twins
@@ -649,7 +645,6 @@ void qelsLGaussMaxMultiMixLow_16s32f_D2L_M7_Al(const qel16s* const* ppMean,
                                                const qel16s* const* ppVar, const qel16s* pSrc,
                                                int width, const qel32f* pVal, qel32f* pSrcDst,
                                                int height, int scaleFactor);
-// @@gauss-fixed@@
 
 // ---- Gaussian selection
 // Sign table of short rows, one 32-bit word per selected table row. Returns
@@ -659,7 +654,6 @@ void qelsLGaussMaxMultiMixLow_16s32f_D2L_M7_Al(const qel16s* const* ppMean,
 // beyond the height * ceil8(nBits) bytes of the table.
 int qelsBuildSignTable_8u1u_M7(const qel32s* pIndx, int nPerRow, const qel8u* const* ppTable,
                                int tableRows, int bitOffset, qel8u* pSign, int height, int nBits);
-// @@gauss-select@@
 
 // 256-bit twins of the hottest single-precision kernels, for processors
 // with AVX2. Each gives the same bits as its 16-byte namesake (the name
@@ -718,7 +712,6 @@ void qelsLGaussMaxMultiMix_32f_D2L_M7_Al_Avx2(const qel32f* const* ppMean,
                                               const qel32f* const* ppVar, const qel32f* pSrc,
                                               int width, const qel32f* pVal, qel32f* pSrcDst,
                                               int height);
-// @@gauss-wide@@
 
 }  // extern "C"
 
