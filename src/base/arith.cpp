@@ -27,48 +27,18 @@ constexpr int kSqrt64fParallelFrom = 512;
 // Flag bit a stretch reports when it met a zero divisor or a negative root.
 constexpr int kMetSpecial = 1;
 
-template <typename T>
-struct Lanes;
-
-template <>
-struct Lanes<float> {
-  using V = __m128;
-  static constexpr int kCount = 4;
-  template <bool A>
-  static V load(const float* p) {
-    return qelsr::simd::loadps<A>(p);
-  }
-  template <bool A>
-  static void store(float* p, V v) {
-    qelsr::simd::storeps<A>(p, v);
-  }
-  static V splat(float v) { return _mm_set1_ps(v); }
-};
-
-template <>
-struct Lanes<double> {
-  using V = __m128d;
-  static constexpr int kCount = 2;
-  template <bool A>
-  static V load(const double* p) {
-    return qelsr::simd::loadpd<A>(p);
-  }
-  template <bool A>
-  static void store(double* p, V v) {
-    qelsr::simd::storepd<A>(p, v);
-  }
-  static V splat(double v) { return _mm_set1_pd(v); }
-};
+using qelsr::like;
+using qelsr::loadv;
+using qelsr::storev;
 
 // dst[i] = op(src[i]); `op` takes a scalar or a vector of lanes.
 template <typename T, typename Op>
 void mapUnary(const T* pSrc, T* pDst, int len, Op op) {
-  using L = Lanes<T>;
-  sweep<L::kCount>(
+  sweep<qelsr::kLanes<T>>(
       pDst, len, kScalarBelow, [&](int i) { pDst[i] = op(pSrc[i]); },
       [&](auto al, int i) {
         constexpr bool A = decltype(al)::value;
-        L::template store<A>(pDst + i, op(L::template load<A>(pSrc + i)));
+        storev<A>(pDst + i, op(loadv<A>(pSrc + i)));
       },
       pSrc);
 }
@@ -76,31 +46,50 @@ void mapUnary(const T* pSrc, T* pDst, int len, Op op) {
 // dst[i] = op(a[i], b[i]).
 template <typename T, typename Op>
 void mapBinary(const T* pA, const T* pB, T* pDst, int len, Op op) {
-  using L = Lanes<T>;
-  sweep<L::kCount>(
+  sweep<qelsr::kLanes<T>>(
       pDst, len, kScalarBelow, [&](int i) { pDst[i] = op(pA[i], pB[i]); },
       [&](auto al, int i) {
         constexpr bool A = decltype(al)::value;
-        L::template store<A>(pDst + i,
-                             op(L::template load<A>(pA + i), L::template load<A>(pB + i)));
+        storev<A>(pDst + i, op(loadv<A>(pA + i), loadv<A>(pB + i)));
       },
       pA, pB);
 }
 
-// The scalar `v` in the shape of x: itself, or broadcast to the lanes.
-template <typename X, typename T>
-inline X like(T v) {
-  if constexpr (std::is_same_v<X, T>)
-    return v;
-  else
-    return Lanes<T>::splat(v);
+// pSrcDst[i] = op(pSrcDst[i], pSrc[i]) after the pointer and length checks.
+template <typename T, typename Op>
+qelStatus intoPlace(const T* pSrc, T* pSrcDst, int len, Op op) {
+  if (!pSrc || !pSrcDst) return qelStatusNullPtr;
+  if (len < 1) return qelStatusSize;
+  mapBinary(pSrcDst, pSrc, pSrcDst, len, op);
+  return qelStatusOk;
 }
 
-// GCC's vector types take the arithmetic operators lane by lane, so one
-// lambda serves the scalar and the vector path.
+// The copies and clears of the constant shortcuts, by element type.
+inline qelStatus copyOf(const qel32f* s, qel32f* d, int n) { return qelsCopy_32f(s, d, n); }
+inline qelStatus copyOf(const qel64f* s, qel64f* d, int n) { return qelsCopy_64f(s, d, n); }
+inline qelStatus zeroOf(qel32f* d, int n) { return qelsZero_32f(d, n); }
+inline qelStatus zeroOf(qel64f* d, int n) { return qelsZero_64f(d, n); }
+
+// The product by a constant after the checks: 1 copies (in place: returns
+// at once, NaNs and all), 0 clears, anything else multiplies.
 template <typename T>
-void scaleBy(const T* pSrc, T val, T* pDst, int len) {
+qelStatus timesConstant(const T* pSrc, T val, T* pDst, int len) {
+  if (!pSrc || !pDst) return qelStatusNullPtr;
+  if (len < 1) return qelStatusSize;
+  if (val == T(1)) return pSrc == pDst ? qelStatusOk : copyOf(pSrc, pDst, len);
+  if (val == T(0)) return zeroOf(pDst, len);
   mapUnary(pSrc, pDst, len, [val](auto x) { return x * like<decltype(x)>(val); });
+  return qelStatusOk;
+}
+
+// Division by a constant: after the checks a zero divisor is an error with
+// nothing written; otherwise the reciprocal, formed once, multiplies.
+template <typename T>
+qelStatus overConstant(const T* pSrc, T val, T* pDst, int len) {
+  if (!pSrc || !pDst) return qelStatusNullPtr;
+  if (len < 1) return qelStatusSize;
+  if (val == T(0)) return qelStatusDivByZero;
+  return timesConstant(pSrc, T(1) / val, pDst, len);
 }
 
 // ---------------------------------------------------------------- division
@@ -153,9 +142,9 @@ int divideStretch32f(const float* pDen, const float* pNum, float* pDst, int len)
       },
       [&](auto al, int i) {
         constexpr bool A = decltype(al)::value;
-        const __m128 d = Lanes<float>::load<A>(pDen + i);
+        const __m128 d = loadv<A>(pDen + i);
         if (_mm_movemask_ps(_mm_cmpeq_ps(d, _mm_setzero_ps())) == 0) {
-          Lanes<float>::store<A>(pDst + i, refinedQuotient(Lanes<float>::load<A>(pNum + i), d));
+          storev<A>(pDst + i, refinedQuotient(loadv<A>(pNum + i), d));
           return;
         }
         met = kMetSpecial;
@@ -180,9 +169,9 @@ int divideStretch64f(const double* pDen, const double* pNum, double* pDst, int l
       },
       [&](auto al, int i) {
         constexpr bool A = decltype(al)::value;
-        const __m128d d = Lanes<double>::load<A>(pDen + i);
+        const __m128d d = loadv<A>(pDen + i);
         if (_mm_movemask_pd(_mm_cmpeq_pd(d, _mm_setzero_pd())) != 0) met = kMetSpecial;
-        Lanes<double>::store<A>(pDst + i, _mm_div_pd(Lanes<double>::load<A>(pNum + i), d));
+        storev<A>(pDst + i, _mm_div_pd(loadv<A>(pNum + i), d));
       },
       pDen, pNum);
   return met;
@@ -201,9 +190,9 @@ int sqrtStretch64f(double* pSrcDst, int len) {
       },
       [&](auto al, int i) {
         constexpr bool A = decltype(al)::value;
-        const __m128d x = Lanes<double>::load<A>(pSrcDst + i);
+        const __m128d x = loadv<A>(pSrcDst + i);
         if (_mm_movemask_pd(_mm_cmplt_pd(x, _mm_setzero_pd())) != 0) met = kMetSpecial;
-        Lanes<double>::store<A>(pSrcDst + i, _mm_sqrt_pd(x));
+        storev<A>(pSrcDst + i, _mm_sqrt_pd(x));
       },
       pSrcDst);
   return met;
@@ -258,36 +247,37 @@ struct SignSaturation {
   }
 };
 
+// The quotients over one or two threads; a stretch that met a zero divisor
+// makes the call warn.
+template <typename T, typename Stretch>
+qelStatus divide(const T* pSrc1, const T* pSrc2, T* pDst, int len, int parallelFrom,
+                 Stretch stretch) {
+  if (!pSrc1 || !pSrc2 || !pDst) return qelStatusNullPtr;
+  if (len < 1) return qelStatusSize;
+  const int met = qelsr::splitAcrossThreads(len, parallelFrom, [&](int at, int count) {
+    return stretch(pSrc1 + at, pSrc2 + at, pDst + at, count);
+  });
+  return met ? qelStatusWarnDivZero : qelStatusOk;
+}
+
 }  // namespace
 
 extern "C" {
 
 qelStatus qelsAdd_32f_I(const qel32f* pSrc, qel32f* pSrcDst, int len) {
-  if (!pSrc || !pSrcDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  mapBinary(pSrcDst, pSrc, pSrcDst, len, [](auto d, auto s) { return d + s; });
-  return qelStatusOk;
+  return intoPlace(pSrc, pSrcDst, len, [](auto d, auto s) { return d + s; });
 }
 
 qelStatus qelsAdd_64f_I(const qel64f* pSrc, qel64f* pSrcDst, int len) {
-  if (!pSrc || !pSrcDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  mapBinary(pSrcDst, pSrc, pSrcDst, len, [](auto d, auto s) { return d + s; });
-  return qelStatusOk;
+  return intoPlace(pSrc, pSrcDst, len, [](auto d, auto s) { return d + s; });
 }
 
 qelStatus qelsSub_32f_I(const qel32f* pSrc, qel32f* pSrcDst, int len) {
-  if (!pSrc || !pSrcDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  mapBinary(pSrcDst, pSrc, pSrcDst, len, [](auto d, auto s) { return d - s; });
-  return qelStatusOk;
+  return intoPlace(pSrc, pSrcDst, len, [](auto d, auto s) { return d - s; });
 }
 
 qelStatus qelsSub_64f_I(const qel64f* pSrc, qel64f* pSrcDst, int len) {
-  if (!pSrc || !pSrcDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  mapBinary(pSrcDst, pSrc, pSrcDst, len, [](auto d, auto s) { return d - s; });
-  return qelStatusOk;
+  return intoPlace(pSrc, pSrcDst, len, [](auto d, auto s) { return d - s; });
 }
 
 qelStatus qelsAddC_32f(const qel32f* pSrc, qel32f val, qel32f* pDst, int len) {
@@ -304,7 +294,6 @@ qelStatus qelsMul_32f(const qel32f* pSrc1, const qel32f* pSrc2, qel32f* pDst, in
   mapBinary(pSrc1, pSrc2, pDst, len, [](auto a, auto b) { return a * b; });
   return qelStatusOk;
 }
-
 qelStatus qelsMul_16s_Sfs(const qel16s* pSrc1, const qel16s* pSrc2, qel16s* pDst, int len,
                           int scaleFactor) {
   if (!pSrc1 || !pSrc2 || !pDst) return qelStatusNullPtr;
@@ -322,57 +311,27 @@ qelStatus qelsMul_16s_Sfs(const qel16s* pSrc1, const qel16s* pSrc2, qel16s* pDst
 }
 
 qelStatus qelsMulC_32f(const qel32f* pSrc, qel32f val, qel32f* pDst, int len) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (val == 1.0f) return qelsCopy_32f(pSrc, pDst, len);
-  if (val == 0.0f) return qelsZero_32f(pDst, len);
-  scaleBy(pSrc, val, pDst, len);
-  return qelStatusOk;
+  return timesConstant(pSrc, val, pDst, len);
 }
 
 qelStatus qelsMulC_64f(const qel64f* pSrc, qel64f val, qel64f* pDst, int len) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (val == 1.0) return qelsCopy_64f(pSrc, pDst, len);
-  if (val == 0.0) return qelsZero_64f(pDst, len);
-  scaleBy(pSrc, val, pDst, len);
-  return qelStatusOk;
+  return timesConstant(pSrc, val, pDst, len);
 }
 
 qelStatus qelsMulC_32f_I(qel32f val, qel32f* pSrcDst, int len) {
-  if (!pSrcDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (val == 1.0f) return qelStatusOk;
-  if (val == 0.0f) return qelsZero_32f(pSrcDst, len);
-  scaleBy<qel32f>(pSrcDst, val, pSrcDst, len);
-  return qelStatusOk;
+  return timesConstant<qel32f>(pSrcDst, val, pSrcDst, len);
 }
 
 qelStatus qelsMulC_64f_I(qel64f val, qel64f* pSrcDst, int len) {
-  if (!pSrcDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (val == 1.0) return qelStatusOk;
-  if (val == 0.0) return qelsZero_64f(pSrcDst, len);
-  scaleBy<qel64f>(pSrcDst, val, pSrcDst, len);
-  return qelStatusOk;
+  return timesConstant<qel64f>(pSrcDst, val, pSrcDst, len);
 }
 
 qelStatus qelsDiv_32f(const qel32f* pSrc1, const qel32f* pSrc2, qel32f* pDst, int len) {
-  if (!pSrc1 || !pSrc2 || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  const int met = qelsr::splitAcrossThreads(len, kDiv32fParallelFrom, [&](int at, int count) {
-    return divideStretch32f(pSrc1 + at, pSrc2 + at, pDst + at, count);
-  });
-  return met ? qelStatusWarnDivZero : qelStatusOk;
+  return divide(pSrc1, pSrc2, pDst, len, kDiv32fParallelFrom, divideStretch32f);
 }
 
 qelStatus qelsDiv_64f(const qel64f* pSrc1, const qel64f* pSrc2, qel64f* pDst, int len) {
-  if (!pSrc1 || !pSrc2 || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  const int met = qelsr::splitAcrossThreads(len, kDiv64fParallelFrom, [&](int at, int count) {
-    return divideStretch64f(pSrc1 + at, pSrc2 + at, pDst + at, count);
-  });
-  return met ? qelStatusWarnDivZero : qelStatusOk;
+  return divide(pSrc1, pSrc2, pDst, len, kDiv64fParallelFrom, divideStretch64f);
 }
 
 qelStatus qelsDiv_32f_I(const qel32f* pSrc, qel32f* pSrcDst, int len) {
@@ -380,31 +339,19 @@ qelStatus qelsDiv_32f_I(const qel32f* pSrc, qel32f* pSrcDst, int len) {
 }
 
 qelStatus qelsDivC_32f(const qel32f* pSrc, qel32f val, qel32f* pDst, int len) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (val == 0.0f) return qelStatusDivByZero;
-  return qelsMulC_32f(pSrc, 1.0f / val, pDst, len);
+  return overConstant(pSrc, val, pDst, len);
 }
 
 qelStatus qelsDivC_64f(const qel64f* pSrc, qel64f val, qel64f* pDst, int len) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (val == 0.0) return qelStatusDivByZero;
-  return qelsMulC_64f(pSrc, 1.0 / val, pDst, len);
+  return overConstant(pSrc, val, pDst, len);
 }
 
 qelStatus qelsDivC_32f_I(qel32f val, qel32f* pSrcDst, int len) {
-  if (!pSrcDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (val == 0.0f) return qelStatusDivByZero;
-  return qelsMulC_32f_I(1.0f / val, pSrcDst, len);
+  return overConstant<qel32f>(pSrcDst, val, pSrcDst, len);
 }
 
 qelStatus qelsDivC_64f_I(qel64f val, qel64f* pSrcDst, int len) {
-  if (!pSrcDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (val == 0.0) return qelStatusDivByZero;
-  return qelsMulC_64f_I(1.0 / val, pSrcDst, len);
+  return overConstant<qel64f>(pSrcDst, val, pSrcDst, len);
 }
 
 qelStatus qelsSqrt_64f_I(qel64f* pSrcDst, int len) {

@@ -2,6 +2,7 @@
 // to the bit: the rounding is done by the hardware conversion in
 // round-to-nearest mode, whatever mode the caller runs in, and a NaN element
 // becomes 0 in every rounding mode.
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -16,6 +17,8 @@
 namespace {
 
 using qelsr::saturate16;
+using qelsr::scaled;
+using qelsr::storev;
 using qelsr::sweep;
 using qelsr::simd::loadpd;
 using qelsr::simd::loadps;
@@ -145,73 +148,63 @@ inline double powerOfTwo64f(int scaleFactor, int lo, int hi) {
 
 // ---------------------------------------------------------------- to float
 
-template <bool Scaled>
-void widen16s32f(const qel16s* pSrc, qel32f* pDst, int len, float scale) {
-  const __m128 vs = _mm_set1_ps(scale);
-  sweep<8>(
-      pDst, len, qelsr::kScalarBelow,
-      [&](int i) {
-        float v = static_cast<float>(pSrc[i]);
-        if constexpr (Scaled) v *= scale;
-        pDst[i] = v;
-      },
-      [&](auto al, int i) {
-        constexpr bool A = decltype(al)::value;
-        const __m128i x = loadsi<A>(pSrc + i);
-        __m128 lo = _mm_cvtepi32_ps(_mm_srai_epi32(_mm_unpacklo_epi16(x, x), 16));
-        __m128 hi = _mm_cvtepi32_ps(_mm_srai_epi32(_mm_unpackhi_epi16(x, x), 16));
-        if constexpr (Scaled) {
-          lo = _mm_mul_ps(lo, vs);
-          hi = _mm_mul_ps(hi, vs);
-        }
-        storeps<A>(pDst + i, lo);
-        storeps<A>(pDst + i + 4, hi);
-      },
-      pSrc);
+// Widening with the exact power-of-two product when Scaled. `convert(A, p)`
+// turns the group at p into an array of vectors of TD, stored one after
+// another. The group's own loads decide whether the source's alignment
+// counts for the aligned twin (`SrcAligned`): a 64-bit load does not need it.
+template <int Group, bool Scaled, bool SrcAligned, typename TS, typename TD, typename Convert>
+void widen(const TS* pSrc, TD* pDst, int len, TD scale, Convert convert) {
+  auto scalar = [&](int i) { pDst[i] = scaled<Scaled>(static_cast<TD>(pSrc[i]), scale); };
+  auto group = [&](auto al, int i) {
+    constexpr bool A = decltype(al)::value;
+    const auto vs = convert(al, pSrc + i);
+    for (size_t k = 0; k < vs.size(); ++k)
+      storev<A>(pDst + i + k * qelsr::kLanes<TD>, scaled<Scaled>(vs[k], scale));
+  };
+  if constexpr (SrcAligned)
+    sweep<Group>(pDst, len, qelsr::kScalarBelow, scalar, group, pSrc);
+  else
+    sweep<Group>(pDst, len, qelsr::kScalarBelow, scalar, group);
 }
 
-template <bool Scaled>
-void widen32s32f(const qel32s* pSrc, qel32f* pDst, int len, float scale) {
-  const __m128 vs = _mm_set1_ps(scale);
-  sweep<4>(
-      pDst, len, qelsr::kScalarBelow,
-      [&](int i) {
-        float v = static_cast<float>(pSrc[i]);
-        if constexpr (Scaled) v *= scale;
-        pDst[i] = v;
-      },
-      [&](auto al, int i) {
-        constexpr bool A = decltype(al)::value;
-        __m128 v = _mm_cvtepi32_ps(loadsi<A>(pSrc + i));
-        if constexpr (Scaled) v = _mm_mul_ps(v, vs);
-        storeps<A>(pDst + i, v);
-      },
-      pSrc);
-}
+// Sign-extends the 16-bit lanes of x, low half or high half, to 32 bits.
+inline __m128i low16to32(__m128i x) { return _mm_srai_epi32(_mm_unpacklo_epi16(x, x), 16); }
+inline __m128i high16to32(__m128i x) { return _mm_srai_epi32(_mm_unpackhi_epi16(x, x), 16); }
 
-template <bool Scaled>
-void widen16s64f(const qel16s* pSrc, qel64f* pDst, int len, double scale) {
-  const __m128d vs = _mm_set1_pd(scale);
-  sweep<4>(
-      pDst, len, qelsr::kScalarBelow,
-      [&](int i) {
-        double v = static_cast<double>(pSrc[i]);
-        if constexpr (Scaled) v *= scale;
-        pDst[i] = v;
-      },
-      [&](auto al, int i) {
-        constexpr bool A = decltype(al)::value;
-        const __m128i x = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pSrc + i));
-        const __m128i w = _mm_srai_epi32(_mm_unpacklo_epi16(x, x), 16);
-        __m128d lo = _mm_cvtepi32_pd(w);
-        __m128d hi = _mm_cvtepi32_pd(_mm_srli_si128(w, 8));
-        if constexpr (Scaled) {
-          lo = _mm_mul_pd(lo, vs);
-          hi = _mm_mul_pd(hi, vs);
-        }
-        storepd<A>(pDst + i, lo);
-        storepd<A>(pDst + i + 2, hi);
-      });
+// The group conversions of the widening kernels.
+constexpr auto from8u = [](auto, const qel8u* p) {
+  int32_t four;
+  std::memcpy(&four, p, 4);
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i x = _mm_unpacklo_epi16(_mm_unpacklo_epi8(_mm_cvtsi32_si128(four), zero), zero);
+  return std::array{_mm_cvtepi32_ps(x)};
+};
+
+constexpr auto from16s = [](auto al, const qel16s* p) {
+  const __m128i x = loadsi<decltype(al)::value>(p);
+  return std::array{_mm_cvtepi32_ps(low16to32(x)), _mm_cvtepi32_ps(high16to32(x))};
+};
+
+constexpr auto from32s = [](auto al, const qel32s* p) {
+  return std::array{_mm_cvtepi32_ps(loadsi<decltype(al)::value>(p))};
+};
+
+constexpr auto from16sTo64f = [](auto, const qel16s* p) {
+  const __m128i w = low16to32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p)));
+  return std::array{_mm_cvtepi32_pd(w), _mm_cvtepi32_pd(_mm_srli_si128(w, 8))};
+};
+
+// The checks, then `widen(Scaled, power)`: no product at factor 0 (the
+// unscaled conversions pass 0), otherwise the power of two.
+template <typename TS, typename TD, typename Widen>
+qelStatus widenChecked(const TS* pSrc, TD* pDst, int len, int scaleFactor, TD power, Widen widen) {
+  if (!pSrc || !pDst) return qelStatusNullPtr;
+  if (len < 1) return qelStatusSize;
+  if (scaleFactor == 0)
+    widen(std::false_type{}, TD(1));
+  else
+    widen(std::true_type{}, power);
+  return qelStatusOk;
 }
 
 // ---------------------------------------------------------------- to integer
@@ -221,24 +214,18 @@ void widen16s64f(const qel16s* pSrc, qel64f* pDst, int len, double scale) {
 template <Round R, bool Scaled>
 void narrow32f16s(const qel32f* pSrc, qel16s* pDst, int len, float scale) {
   constexpr float kLimit = 32767.0f;
-  const __m128 vs = _mm_set1_ps(scale), vl = _mm_set1_ps(kLimit);
+  const __m128 vl = _mm_set1_ps(kLimit);
   sweep<8>(
       pDst, len, qelsr::kScalarBelow,
       [&](int i) {
-        float v = pSrc[i];
-        if constexpr (Scaled) v *= scale;
+        float v = scaled<Scaled>(pSrc[i], scale);
         v = v < kLimit ? v : kLimit;
         pDst[i] = saturate16(toInt<R>(v));
       },
       [&](auto al, int i) {
         constexpr bool A = decltype(al)::value;
-        __m128 v0 = loadps<A>(pSrc + i), v1 = loadps<A>(pSrc + i + 4);
-        if constexpr (Scaled) {
-          v0 = _mm_mul_ps(v0, vs);
-          v1 = _mm_mul_ps(v1, vs);
-        }
-        v0 = _mm_min_ps(v0, vl);
-        v1 = _mm_min_ps(v1, vl);
+        const __m128 v0 = _mm_min_ps(scaled<Scaled>(loadps<A>(pSrc + i), scale), vl);
+        const __m128 v1 = _mm_min_ps(scaled<Scaled>(loadps<A>(pSrc + i + 4), scale), vl);
         storesi<A>(pDst + i, _mm_packs_epi32(toInt<R>(v0), toInt<R>(v1)));
       },
       pSrc);
@@ -249,18 +236,16 @@ void narrow32f16s(const qel32f* pSrc, qel16s* pDst, int len, float scale) {
 template <Round R, bool Scaled>
 void narrow32f32s(const qel32f* pSrc, qel32s* pDst, int len, float scale) {
   constexpr float kOverflow = 2147483648.0f;
-  const __m128 vs = _mm_set1_ps(scale), vo = _mm_set1_ps(kOverflow);
+  const __m128 vo = _mm_set1_ps(kOverflow);
   sweep<4>(
       pDst, len, qelsr::kScalarBelow,
       [&](int i) {
-        float v = pSrc[i];
-        if constexpr (Scaled) v *= scale;
+        const float v = scaled<Scaled>(pSrc[i], scale);
         pDst[i] = v >= kOverflow ? 2147483647 : toInt<R>(v);
       },
       [&](auto al, int i) {
         constexpr bool A = decltype(al)::value;
-        __m128 v = loadps<A>(pSrc + i);
-        if constexpr (Scaled) v = _mm_mul_ps(v, vs);
+        const __m128 v = scaled<Scaled>(loadps<A>(pSrc + i), scale);
         const __m128i over = _mm_castps_si128(_mm_cmpge_ps(v, vo));
         storesi<A>(pDst + i, _mm_xor_si128(toInt<R>(v), over));
       },
@@ -270,24 +255,18 @@ void narrow32f32s(const qel32f* pSrc, qel32s* pDst, int len, float scale) {
 template <Round R, bool Scaled>
 void narrow64f32s(const qel64f* pSrc, qel32s* pDst, int len, double scale) {
   constexpr double kLimit = 2147483647.0;
-  const __m128d vs = _mm_set1_pd(scale), vl = _mm_set1_pd(kLimit);
+  const __m128d vl = _mm_set1_pd(kLimit);
   sweep<4>(
       pDst, len, qelsr::kScalarBelow,
       [&](int i) {
-        double v = pSrc[i];
-        if constexpr (Scaled) v *= scale;
+        double v = scaled<Scaled>(pSrc[i], scale);
         v = v < kLimit ? v : kLimit;
         pDst[i] = toInt<R>(v);
       },
       [&](auto al, int i) {
         constexpr bool A = decltype(al)::value;
-        __m128d v0 = loadpd<A>(pSrc + i), v1 = loadpd<A>(pSrc + i + 2);
-        if constexpr (Scaled) {
-          v0 = _mm_mul_pd(v0, vs);
-          v1 = _mm_mul_pd(v1, vs);
-        }
-        v0 = _mm_min_pd(v0, vl);
-        v1 = _mm_min_pd(v1, vl);
+        const __m128d v0 = _mm_min_pd(scaled<Scaled>(loadpd<A>(pSrc + i), scale), vl);
+        const __m128d v1 = _mm_min_pd(scaled<Scaled>(loadpd<A>(pSrc + i + 2), scale), vl);
         storesi<A>(pDst + i, _mm_unpacklo_epi64(toInt<R>(v0), toInt<R>(v1)));
       },
       pSrc);
@@ -298,37 +277,18 @@ void narrow64f32s(const qel64f* pSrc, qel32s* pDst, int len, double scale) {
 extern "C" {
 
 qelStatus qelsConvert_8u32f(const qel8u* pSrc, qel32f* pDst, int len) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  sweep<4>(
-      pDst, len, qelsr::kScalarBelow, [&](int i) { pDst[i] = static_cast<float>(pSrc[i]); },
-      [&](auto al, int i) {
-        constexpr bool A = decltype(al)::value;
-        int32_t four;
-        std::memcpy(&four, pSrc + i, 4);
-        const __m128i zero = _mm_setzero_si128();
-        const __m128i x =
-            _mm_unpacklo_epi16(_mm_unpacklo_epi8(_mm_cvtsi32_si128(four), zero), zero);
-        storeps<A>(pDst + i, _mm_cvtepi32_ps(x));
-      });
-  return qelStatusOk;
+  return widenChecked(pSrc, pDst, len, 0, 1.0f,
+                      [&](auto, float) { widen<4, false, false>(pSrc, pDst, len, 1.0f, from8u); });
 }
 
 qelStatus qelsConvert_16s32f(const qel16s* pSrc, qel32f* pDst, int len) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  widen16s32f<false>(pSrc, pDst, len, 1.0f);
-  return qelStatusOk;
+  return qelsConvert_16s32f_Sfs(pSrc, pDst, len, 0);
 }
 
 // Integers beyond 2^24 round; the rounding is to nearest even whatever mode
 // the caller has set.
 qelStatus qelsConvert_32s32f(const qel32s* pSrc, qel32f* pDst, int len) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  NearestRounding nearest;
-  widen32s32f<false>(pSrc, pDst, len, 1.0f);
-  return qelStatusOk;
+  return qelsConvert_32s32f_Sfs(pSrc, pDst, len, 0);
 }
 
 // Rounds in the caller's mode, as the hardware narrowing does; overflow
@@ -351,34 +311,26 @@ qelStatus qelsConvert_64f32f(const qel64f* pSrc, qel32f* pDst, int len) {
 // The factor is clamped to -112..126: every 16-bit value times the power
 // stays a normal float, so the product is exact.
 qelStatus qelsConvert_16s32f_Sfs(const qel16s* pSrc, qel32f* pDst, int len, int scaleFactor) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (scaleFactor == 0)
-    widen16s32f<false>(pSrc, pDst, len, 1.0f);
-  else
-    widen16s32f<true>(pSrc, pDst, len, powerOfTwo32f(scaleFactor, -112, 126));
-  return qelStatusOk;
+  return widenChecked(pSrc, pDst, len, scaleFactor, powerOfTwo32f(scaleFactor, -112, 126),
+                      [&](auto scaled, float power) {
+                        widen<8, decltype(scaled)::value, true>(pSrc, pDst, len, power, from16s);
+                      });
 }
 
 qelStatus qelsConvert_32s32f_Sfs(const qel32s* pSrc, qel32f* pDst, int len, int scaleFactor) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  NearestRounding nearest;
-  if (scaleFactor == 0)
-    widen32s32f<false>(pSrc, pDst, len, 1.0f);
-  else
-    widen32s32f<true>(pSrc, pDst, len, powerOfTwo32f(scaleFactor, -96, 126));
-  return qelStatusOk;
+  return widenChecked(pSrc, pDst, len, scaleFactor, powerOfTwo32f(scaleFactor, -96, 126),
+                      [&](auto scaled, float power) {
+                        NearestRounding nearest;
+                        widen<4, decltype(scaled)::value, true>(pSrc, pDst, len, power, from32s);
+                      });
 }
 
 qelStatus qelsConvert_16s64f_Sfs(const qel16s* pSrc, qel64f* pDst, int len, int scaleFactor) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (scaleFactor == 0)
-    widen16s64f<false>(pSrc, pDst, len, 1.0);
-  else
-    widen16s64f<true>(pSrc, pDst, len, powerOfTwo64f(scaleFactor, -1008, 1022));
-  return qelStatusOk;
+  return widenChecked(pSrc, pDst, len, scaleFactor, powerOfTwo64f(scaleFactor, -1008, 1022),
+                      [&](auto scaled, double power) {
+                        widen<4, decltype(scaled)::value, false>(pSrc, pDst, len, power,
+                                                                 from16sTo64f);
+                      });
 }
 
 // The power of two is that of GetScale_32s32f, clamped to -128..150: at the

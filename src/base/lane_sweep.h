@@ -8,6 +8,7 @@
 #include <type_traits>
 
 #include "frame/frame.h"
+#include "simd.h"
 
 namespace qelsr {
 
@@ -47,6 +48,50 @@ inline void sweep(TD* dst, int len, int scalarBelow, Scalar scalar, Group group,
     }
   }
   for (; i < len; ++i) scalar(i);
+}
+
+// The 16-byte vector of T (4 floats or 2 doubles) and its loads, stores
+// and broadcast, overloaded on the element type so that one kernel body
+// serves both precisions. GCC's vector types take the arithmetic operators
+// lane by lane, so a lambda written with + - * serves scalars and vectors.
+template <typename T>
+inline constexpr int kLanes = 16 / static_cast<int>(sizeof(T));
+
+template <bool A>
+inline __m128 loadv(const float* p) {
+  return simd::loadps<A>(p);
+}
+template <bool A>
+inline __m128d loadv(const double* p) {
+  return simd::loadpd<A>(p);
+}
+template <bool A>
+inline void storev(float* p, __m128 v) {
+  simd::storeps<A>(p, v);
+}
+template <bool A>
+inline void storev(double* p, __m128d v) {
+  simd::storepd<A>(p, v);
+}
+
+// The scalar `v` in the shape of X: itself, or broadcast to the lanes.
+template <typename X, typename T>
+inline X like(T v) {
+  if constexpr (std::is_same_v<X, T>)
+    return v;
+  else if constexpr (std::is_same_v<T, float>)
+    return _mm_set1_ps(v);
+  else
+    return _mm_set1_pd(v);
+}
+
+// x times `scale` when Scaled, x itself otherwise; scalar or vector.
+template <bool Scaled, typename X, typename T>
+inline X scaled(X x, T scale) {
+  if constexpr (Scaled)
+    return x * like<X>(scale);
+  else
+    return x;
 }
 
 }  // namespace qelsr

@@ -33,18 +33,28 @@ void qelsFree(void* ptr) { qelFree(ptr); }
 namespace {
 
 template <typename T>
-void fillWith(T val, T* pDst, int len) {
-  for (int i = 0; i < len; ++i) pDst[i] = val;
+qelStatus fill(T val, T* pDst, int len) {
+  if (!pDst) return qelStatusNullPtr;
+  if (len < 1) return qelStatusSize;
+  if constexpr (sizeof(T) == 1)
+    std::memset(pDst, val, static_cast<size_t>(len));
+  else
+    for (int i = 0; i < len; ++i) pDst[i] = val;
+  return qelStatusOk;
 }
 
 // Every copy is one byte copy of len * sizeof(T) bytes, counted in size_t
 // so that long vectors of wide elements cannot wrap the count. A block
-// copied onto itself is left as it is.
-template <typename T>
+// copied onto itself is left as it is; the move allows any overlap.
+template <typename T, bool Overlap = false>
 qelStatus copyBytes(const T* pSrc, T* pDst, int len) {
   if (!pSrc || !pDst) return qelStatusNullPtr;
   if (len < 1) return qelStatusSize;
-  if (pSrc != pDst) std::memcpy(pDst, pSrc, static_cast<size_t>(len) * sizeof(T));
+  const size_t bytes = static_cast<size_t>(len) * sizeof(T);
+  if constexpr (Overlap)
+    std::memmove(pDst, pSrc, bytes);
+  else if (pSrc != pDst)
+    std::memcpy(pDst, pSrc, bytes);
   return qelStatusOk;
 }
 
@@ -59,42 +69,21 @@ qelStatus qelsZero_32f(qel32f* pDst, int len) {
 }
 qelStatus qelsZero_64f(qel64f* pDst, int len) { return qelsSet_64f(0.0, pDst, len); }
 
-qelStatus qelsSet_8u(qel8u val, qel8u* pDst, int len) {
-  if (!pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  std::memset(pDst, val, static_cast<size_t>(len));
-  return qelStatusOk;
-}
-
-qelStatus qelsSet_16s(qel16s val, qel16s* pDst, int len) {
-  if (!pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  fillWith(val, pDst, len);
-  return qelStatusOk;
-}
-
-qelStatus qelsSet_32s(qel32s val, qel32s* pDst, int len) {
-  if (!pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  fillWith(val, pDst, len);
-  return qelStatusOk;
-}
+qelStatus qelsSet_8u(qel8u val, qel8u* pDst, int len) { return fill(val, pDst, len); }
+qelStatus qelsSet_16s(qel16s val, qel16s* pDst, int len) { return fill(val, pDst, len); }
+qelStatus qelsSet_32s(qel32s val, qel32s* pDst, int len) { return fill(val, pDst, len); }
 
 qelStatus qelsSet_32f(qel32f val, qel32f* pDst, int len) {
   return qelsSet_32s(std::bit_cast<qel32s>(val), reinterpret_cast<qel32s*>(pDst), len);
 }
 
 qelStatus qelsSet_64f(qel64f val, qel64f* pDst, int len) {
-  if (!pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  fillWith(std::bit_cast<qel64s>(val), reinterpret_cast<qel64s*>(pDst), len);
-  return qelStatusOk;
+  return fill(std::bit_cast<qel64s>(val), reinterpret_cast<qel64s*>(pDst), len);
 }
 
 qelStatus qelsCopy_8u(const qel8u* pSrc, qel8u* pDst, int len) {
   return copyBytes(pSrc, pDst, len);
 }
-
 qelStatus qelsCopy_16s(const qel16s* pSrc, qel16s* pDst, int len) {
   return copyBytes(pSrc, pDst, len);
 }
@@ -109,10 +98,7 @@ qelStatus qelsCopy_64f(const qel64f* pSrc, qel64f* pDst, int len) {
 }
 
 qelStatus qelsMove_32f(const qel32f* pSrc, qel32f* pDst, int len) {
-  if (!pSrc || !pDst) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  std::memmove(pDst, pSrc, static_cast<size_t>(len) * sizeof(qel32f));
-  return qelStatusOk;
+  return copyBytes<qel32f, true>(pSrc, pDst, len);
 }
 
 }  // extern "C"
