@@ -378,6 +378,24 @@ Scan splitOne(T x, double& mant, std::int64_t& expo, bool& sawInfinity) {
   return Scan::Go;
 }
 
+// The slow path of four elements of either type: each split on its own
+// (denormals by their true exponent), the first special element ending the
+// scan; mantissas to the lanes as (m0, m1) and (m2, m3), so that the pass
+// product takes (m0*m2, m1*m3) as on the fast paths.
+template <typename T>
+inline Scan splitQuad(const T* p, SumLnPassState& st, __m128d& lo, __m128d& hi) {
+  double mant[4];
+  std::int64_t expo[4];
+  for (int k = 0; k < 4; ++k) {
+    const Scan s = splitOne(p[k], mant[k], expo[k], st.sawInfinity);
+    if (s != Scan::Go) return s;
+  }
+  st.exponents = _mm_add_epi64(st.exponents, _mm_set_epi64x(expo[1] + expo[3], expo[0] + expo[2]));
+  lo = _mm_set_pd(mant[1], mant[0]);
+  hi = _mm_set_pd(mant[3], mant[2]);
+  return Scan::Go;
+}
+
 // Four singles. Fast path: all four positive, normal and finite; the
 // mantissas of elements 0..3 go to the lanes as (m0*m2, m1*m3), products of
 // two 24-bit mantissas being exact in double.
@@ -397,17 +415,8 @@ inline Scan sumLnQuad(const float* p, SumLnPassState& st) {
         _mm_or_si128(_mm_and_si128(bits, _mm_set1_epi32(0x007fffff)), _mm_set1_epi32(0x3f800000)));
     lo = _mm_cvtps_pd(m);
     hi = _mm_cvtps_pd(_mm_movehl_ps(m, m));
-  } else {
-    double mant[4];
-    std::int64_t expo[4];
-    for (int k = 0; k < 4; ++k) {
-      const Scan s = splitOne(p[k], mant[k], expo[k], st.sawInfinity);
-      if (s != Scan::Go) return s;
-    }
-    st.exponents =
-        _mm_add_epi64(st.exponents, _mm_set_epi64x(expo[1] + expo[3], expo[0] + expo[2]));
-    lo = _mm_set_pd(mant[1], mant[0]);
-    hi = _mm_set_pd(mant[3], mant[2]);
+  } else if (const Scan s = splitQuad(p, st, lo, hi); s != Scan::Go) {
+    return s;
   }
   st.product = _mm_mul_pd(st.product, _mm_mul_pd(lo, hi));
   return Scan::Go;
@@ -429,17 +438,8 @@ inline Scan sumLnQuad(const double* p, SumLnPassState& st) {
     st.bias += 4 * 1023;
     ma = _mm_castsi128_pd(_mm_or_si128(_mm_and_si128(ba, mantMask), one));
     mb = _mm_castsi128_pd(_mm_or_si128(_mm_and_si128(bb, mantMask), one));
-  } else {
-    double mant[4];
-    std::int64_t expo[4];
-    for (int k = 0; k < 4; ++k) {
-      const Scan s = splitOne(p[k], mant[k], expo[k], st.sawInfinity);
-      if (s != Scan::Go) return s;
-    }
-    st.exponents =
-        _mm_add_epi64(st.exponents, _mm_set_epi64x(expo[1] + expo[3], expo[0] + expo[2]));
-    ma = _mm_set_pd(mant[1], mant[0]);
-    mb = _mm_set_pd(mant[3], mant[2]);
+  } else if (const Scan s = splitQuad(p, st, ma, mb); s != Scan::Go) {
+    return s;
   }
   st.product = _mm_mul_pd(st.product, _mm_mul_pd(ma, mb));
   return Scan::Go;

@@ -251,29 +251,23 @@ double mergeLanes(__m128d v) {
   return Op::beyond(l[1], l[0]) ? l[1] : l[0];
 }
 
-template <typename Op>
-float extreme32f(const float* p, int len) {
-  __m128 b0 = _mm_set1_ps(p[0]), b1 = b0;
-  int i = 0;
-  for (; i + 8 <= len; i += 8) {
-    b0 = Op::pick(_mm_loadu_ps(p + i), b0);
-    b1 = Op::pick(_mm_loadu_ps(p + i + 4), b1);
-  }
-  float b = mergeLanes<Op>(Op::pick(b1, b0));
-  for (; i < len; ++i)
-    if (Op::beyond(p[i], b)) b = p[i];
-  return b;
-}
+inline __m128 splat(float x) { return _mm_set1_ps(x); }
+inline __m128d splat(double x) { return _mm_set1_pd(x); }
+inline __m128 loadu(const float* p) { return _mm_loadu_ps(p); }
+inline __m128d loadu(const double* p) { return _mm_loadu_pd(p); }
 
-template <typename Op>
-double extreme64f(const double* p, int len) {
-  __m128d b0 = _mm_set1_pd(p[0]), b1 = b0;
+// Extreme value of singles or doubles: two vectors of running extremes over
+// groups of two vectors, merged in lane order, then the tail in order.
+template <typename Op, typename T>
+T extremeOf(const T* p, int len) {
+  constexpr int w = 16 / sizeof(T);
+  auto b0 = splat(p[0]), b1 = b0;
   int i = 0;
-  for (; i + 4 <= len; i += 4) {
-    b0 = Op::pick(_mm_loadu_pd(p + i), b0);
-    b1 = Op::pick(_mm_loadu_pd(p + i + 2), b1);
+  for (; i + 2 * w <= len; i += 2 * w) {
+    b0 = Op::pick(loadu(p + i), b0);
+    b1 = Op::pick(loadu(p + i + w), b1);
   }
-  double b = mergeLanes<Op>(Op::pick(b1, b0));
+  T b = mergeLanes<Op>(Op::pick(b1, b0));
   for (; i < len; ++i)
     if (Op::beyond(p[i], b)) b = p[i];
   return b;
@@ -370,7 +364,7 @@ double maxIndx64f(const double* p, int len, int* pIndx) {
   // Value pass, then the first element with the extreme's bit pattern. A
   // zero extreme is searched by value instead, so that the first of +0 and
   // -0 is found whatever zero the lanes kept.
-  const double m = extreme64f<MaxOp>(p, len);
+  const double m = extremeOf<MaxOp>(p, len);
   int j = 0;
   if (m == 0.0) {
     while (!(p[j] == 0.0)) ++j;
@@ -387,15 +381,36 @@ double maxIndx64f(const double* p, int len, int* pIndx) {
   return p[j];
 }
 
+// Element-wise extremes: pSrcDst[i] keeps its value unless pSrc[i] is
+// strictly beyond it, so a NaN in pSrc leaves pSrcDst as it was and a NaN in
+// pSrcDst stays (the vector instruction returns its second operand when
+// either is a NaN).
+template <typename Op>
+void extremeEvery32f(const float* pSrc, float* pSrcDst, int len) {
+  int i = 0;
+  for (; i + 4 <= len; i += 4)
+    _mm_storeu_ps(pSrcDst + i, Op::pick(_mm_loadu_ps(pSrc + i), _mm_loadu_ps(pSrcDst + i)));
+  for (; i < len; ++i)
+    if (Op::beyond(pSrc[i], pSrcDst[i])) pSrcDst[i] = pSrc[i];
+}
+
+// The checks of every reduction, in this order: a null pointer, then a
+// length below 1. `compute` runs (and writes) only when both pass.
+template <typename Compute>
+inline qelStatus checkedReduce(bool anyNull, int len, Compute compute) {
+  if (anyNull) return qelStatusNullPtr;
+  if (len < 1) return qelStatusSize;
+  compute();
+  return qelStatusOk;
+}
+
 }  // namespace
 
 extern "C" {
 
 qelStatus qelsSum_32f(const qel32f* pSrc, int len, qel32f* pSum, int hint) {
-  if (pSrc == nullptr || pSum == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  *pSum = hint == 1 ? sumHint1(pSrc, len) : sumDouble8(pSrc, len);
-  return qelStatusOk;
+  return checkedReduce(!pSrc || !pSum, len,
+                       [&] { *pSum = hint == 1 ? sumHint1(pSrc, len) : sumDouble8(pSrc, len); });
 }
 
 qelStatus qelsSum_16s32s_Sfs(const qel16s* pSrc, int len, qel32s* pSum, int scaleFactor) {
@@ -459,59 +474,38 @@ qelStatus qelsDotProd_32f(const qel32f* pSrc1, const qel32f* pSrc2, int len, qel
 }
 
 qelStatus qelsDotProd_32f64f(const qel32f* pSrc1, const qel32f* pSrc2, int len, qel64f* pDp) {
-  if (pSrc1 == nullptr || pSrc2 == nullptr || pDp == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  *pDp = dotDouble4(pSrc1, pSrc2, len);
-  return qelStatusOk;
+  return checkedReduce(!pSrc1 || !pSrc2 || !pDp, len,
+                       [&] { *pDp = dotDouble4(pSrc1, pSrc2, len); });
 }
 
 qelStatus qelsDotProd_64f(const qel64f* pSrc1, const qel64f* pSrc2, int len, qel64f* pDp) {
-  if (pSrc1 == nullptr || pSrc2 == nullptr || pDp == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  *pDp = dotDouble4(pSrc1, pSrc2, len);
-  return qelStatusOk;
+  return checkedReduce(!pSrc1 || !pSrc2 || !pDp, len,
+                       [&] { *pDp = dotDouble4(pSrc1, pSrc2, len); });
 }
 
 qelStatus qelsDotProd_16s64s(const qel16s* pSrc1, const qel16s* pSrc2, int len, qel64s* pDp) {
-  if (pSrc1 == nullptr || pSrc2 == nullptr || pDp == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  *pDp = dot16s(pSrc1, pSrc2, len);
-  return qelStatusOk;
+  return checkedReduce(!pSrc1 || !pSrc2 || !pDp, len, [&] { *pDp = dot16s(pSrc1, pSrc2, len); });
 }
 
 qelStatus qelsDotProd_16s32f(const qel16s* pSrc1, const qel16s* pSrc2, int len, qel32f* pDp) {
-  if (pSrc1 == nullptr || pSrc2 == nullptr || pDp == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  *pDp = static_cast<qel32f>(dot16s(pSrc1, pSrc2, len));
-  return qelStatusOk;
+  return checkedReduce(!pSrc1 || !pSrc2 || !pDp, len,
+                       [&] { *pDp = static_cast<qel32f>(dot16s(pSrc1, pSrc2, len)); });
 }
 
 qelStatus qelsMax_32f(const qel32f* pSrc, int len, qel32f* pVal) {
-  if (pSrc == nullptr || pVal == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  *pVal = extreme32f<MaxOp>(pSrc, len);
-  return qelStatusOk;
+  return checkedReduce(!pSrc || !pVal, len, [&] { *pVal = extremeOf<MaxOp>(pSrc, len); });
 }
 
 qelStatus qelsMax_64f(const qel64f* pSrc, int len, qel64f* pVal) {
-  if (pSrc == nullptr || pVal == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  *pVal = extreme64f<MaxOp>(pSrc, len);
-  return qelStatusOk;
+  return checkedReduce(!pSrc || !pVal, len, [&] { *pVal = extremeOf<MaxOp>(pSrc, len); });
 }
 
 qelStatus qelsMin_32f(const qel32f* pSrc, int len, qel32f* pVal) {
-  if (pSrc == nullptr || pVal == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  *pVal = extreme32f<MinOp>(pSrc, len);
-  return qelStatusOk;
+  return checkedReduce(!pSrc || !pVal, len, [&] { *pVal = extremeOf<MinOp>(pSrc, len); });
 }
 
 qelStatus qelsMin_64f(const qel64f* pSrc, int len, qel64f* pVal) {
-  if (pSrc == nullptr || pVal == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  *pVal = extreme64f<MinOp>(pSrc, len);
-  return qelStatusOk;
+  return checkedReduce(!pSrc || !pVal, len, [&] { *pVal = extremeOf<MinOp>(pSrc, len); });
 }
 
 qelStatus qelsMinMax_32f(const qel32f* pSrc, int len, qel32f* pMin, qel32f* pMax) {
@@ -558,29 +552,12 @@ qelStatus qelsMinIndx_32f(const qel32f* pSrc, int len, qel32f* pVal, int* pIndx)
   return qelStatusOk;
 }
 
-// Element-wise extremes: pSrcDst[i] keeps its value unless pSrc[i] is
-// strictly beyond it, so a NaN in pSrc leaves pSrcDst as it was and a NaN in
-// pSrcDst stays.
 qelStatus qelsMaxEvery_32f_I(const qel32f* pSrc, qel32f* pSrcDst, int len) {
-  if (pSrc == nullptr || pSrcDst == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  int i = 0;
-  for (; i + 4 <= len; i += 4)
-    _mm_storeu_ps(pSrcDst + i, _mm_max_ps(_mm_loadu_ps(pSrc + i), _mm_loadu_ps(pSrcDst + i)));
-  for (; i < len; ++i)
-    if (pSrc[i] > pSrcDst[i]) pSrcDst[i] = pSrc[i];
-  return qelStatusOk;
+  return checkedReduce(!pSrc || !pSrcDst, len, [&] { extremeEvery32f<MaxOp>(pSrc, pSrcDst, len); });
 }
 
 qelStatus qelsMinEvery_32f_I(const qel32f* pSrc, qel32f* pSrcDst, int len) {
-  if (pSrc == nullptr || pSrcDst == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  int i = 0;
-  for (; i + 4 <= len; i += 4)
-    _mm_storeu_ps(pSrcDst + i, _mm_min_ps(_mm_loadu_ps(pSrc + i), _mm_loadu_ps(pSrcDst + i)));
-  for (; i < len; ++i)
-    if (pSrc[i] < pSrcDst[i]) pSrcDst[i] = pSrc[i];
-  return qelStatusOk;
+  return checkedReduce(!pSrc || !pSrcDst, len, [&] { extremeEvery32f<MinOp>(pSrc, pSrcDst, len); });
 }
 
 qelStatus qelsMinEvery_32s_I(const qel32s* pSrc, qel32s* pSrcDst, int len) {

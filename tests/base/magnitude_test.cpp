@@ -38,16 +38,34 @@ std::vector<float> pairData(int len, uint32_t seed) {
   return v;
 }
 
+// Pairs whose squared sums lie around the smallest normal number, where the
+// path changes: the refined estimate and the true root differ in the last
+// bit for some of them.
+std::vector<float> pathChangeData() {
+  std::vector<float> src;
+  for (int k = -300; k <= 300; ++k) {
+    const float re = std::sqrt(FLT_MIN) * (1.0f + k * 0.0021f);
+    src.insert(src.end(), {re, re * 0.001f * (k % 7)});
+  }
+  return src;
+}
+
 TEST(Magnitude32fc, FormulaAndAccuracyOverLengthsAndAlignment) {
   double worst = 0;
-  for (int len : {1, 2, 3, 4, 5, 7, 8, 9, 100, 2047, 2048, 2049, 2051, 5003}) {
+  int differFromRoot = 0;
+  for (int len : {1, 2, 3, 4, 5, 7, 8, 9, 100, 2047, 2048, 2049, 2051, 5003, 601}) {
+    const auto data = len == 601 ? pathChangeData() : pairData(len, len);
     for (auto [ms, md] : {std::pair<size_t, size_t>{0, 0}, {4, 0}, {0, 8}, {12, 4}}) {
       Guarded<float> src(2 * len, ms), dst(len, md);
-      src.assign(pairData(len, len));
+      src.assign(data);
       ASSERT_EQ(qelsMagnitude_32fc(src.data(), dst.data(), len), qelStatusOk);
       for (int i = 0; i < len; ++i) {
         const float re = src[2 * i], im = src[2 * i + 1];
         ASSERT_TRUE(qtest::sameBits(dst[i], refMagnitude(re, im))) << len << " at " << i;
+        if (len == 601) {  // squares near underflow: the bound below assumes normal ones
+          differFromRoot += dst[i] != std::sqrt(re * re + im * im);
+          continue;
+        }
         const double exact = std::hypot(static_cast<double>(re), static_cast<double>(im));
         const double rel = std::fabs(dst[i] - exact) / exact;
         worst = std::max(worst, rel);
@@ -56,7 +74,8 @@ TEST(Magnitude32fc, FormulaAndAccuracyOverLengthsAndAlignment) {
       EXPECT_TRUE(dst.guardsIntact());
     }
   }
-  EXPECT_GT(worst, 0x1p-24);  // the estimate really is in the path
+  EXPECT_GT(worst, 0x1p-24);     // the estimate really is in the path
+  EXPECT_GT(differFromRoot, 0);  // and the path change is in the data
 }
 
 TEST(Magnitude32fc, SpecialPairs) {
@@ -94,26 +113,6 @@ TEST(Magnitude32fc, SpecialPairs) {
   EXPECT_EQ(std::sqrt(tiny * tiny), tiny);
 }
 
-// Around the smallest normal sum the path changes: the refined estimate and
-// the true root differ in the last bit for some of these pairs.
-TEST(Magnitude32fc, PathChangeAtTheSmallestNormal) {
-  std::vector<float> src;
-  for (int k = -300; k <= 300; ++k) {
-    const float re = std::sqrt(FLT_MIN) * (1.0f + k * 0.0021f);
-    src.insert(src.end(), {re, re * 0.001f * (k % 7)});
-  }
-  const int len = static_cast<int>(src.size() / 2);
-  std::vector<float> dst(len);
-  ASSERT_EQ(qelsMagnitude_32fc(src.data(), dst.data(), len), qelStatusOk);
-  int differ = 0;
-  for (int i = 0; i < len; ++i) {
-    const float re = src[2 * i], im = src[2 * i + 1];
-    ASSERT_TRUE(qtest::sameBits(dst[i], refMagnitude(re, im))) << i;
-    differ += dst[i] != std::sqrt(re * re + im * im);
-  }
-  EXPECT_GT(differ, 0);
-}
-
 // The same results on one thread, on two, and inside a region that cannot
 // fork again.
 TEST(Magnitude, ThreadCountsGiveTheSameResults) {
@@ -125,22 +124,21 @@ TEST(Magnitude, ThreadCountsGiveTheSameResults) {
     for (auto& x : p) x = rng.integer(INT32_MIN, INT32_MAX);
     std::vector<float> f1(len), f2(len), f3(len);
     std::vector<qel32s> i1(len), i2(len), i3(len);
+    auto both = [&](std::vector<float>& fo, std::vector<qel32s>& io) {
+      return qelsMagnitude_32fc(f.data(), fo.data(), len) == qelStatusOk &&
+             qelsMagnitude_32sc_Sfs(p.data(), io.data(), len, 3) == qelStatusOk;
+    };
     const int saved = omp_get_max_threads();
     omp_set_num_threads(1);
-    ASSERT_EQ(qelsMagnitude_32fc(f.data(), f1.data(), len), qelStatusOk);
-    ASSERT_EQ(qelsMagnitude_32sc_Sfs(p.data(), i1.data(), len, 3), qelStatusOk);
+    ASSERT_TRUE(both(f1, i1));
     omp_set_num_threads(2);
-    ASSERT_EQ(qelsMagnitude_32fc(f.data(), f2.data(), len), qelStatusOk);
-    ASSERT_EQ(qelsMagnitude_32sc_Sfs(p.data(), i2.data(), len, 3), qelStatusOk);
+    ASSERT_TRUE(both(f2, i2));
+    bool nested = false;
 #pragma omp parallel num_threads(2)
-    {
 #pragma omp single
-      {
-        qelsMagnitude_32fc(f.data(), f3.data(), len);
-        qelsMagnitude_32sc_Sfs(p.data(), i3.data(), len, 3);
-      }
-    }
+    nested = both(f3, i3);
     omp_set_num_threads(saved);
+    ASSERT_TRUE(nested);
     EXPECT_TRUE(qtest::sameArrays(f2.data(), f1.data(), len)) << len;
     EXPECT_TRUE(qtest::sameArrays(f3.data(), f1.data(), len)) << len;
     EXPECT_EQ(i2, i1) << len;
@@ -224,9 +222,8 @@ TEST(Magnitude32sc, RoundingModeIsForcedAndRestored) {
   _mm_setcsr(saved);
   EXPECT_EQ(st, qelStatusOk);
   EXPECT_EQ(after & _MM_ROUND_MASK, static_cast<unsigned>(_MM_ROUND_UP));
-  EXPECT_EQ(dst[0], 2);
-  EXPECT_EQ(dst[1], 4);
-  EXPECT_EQ(dst[2], 1);
+  const qel32s want[3] = {2, 4, 1};  // 2.5 and 3.5 to even, 1.41 down
+  EXPECT_TRUE(qtest::sameArrays(dst, want, 3));
 }
 
 TEST(Magnitude, ArgumentErrorsWriteNothing) {

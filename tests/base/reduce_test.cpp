@@ -188,19 +188,6 @@ TEST(SumInt, ScaledRoundedSaturated) {
     ASSERT_EQ(qelsSum_32s_Sfs(&x, 1, &got, 1), qelStatusOk);
     EXPECT_EQ(got, want) << x;
   }
-  for (int len : kLengths) {
-    Guarded<qel16s> a(len, 2);
-    Guarded<qel32s> b(len, 4);
-    a.assign(qtest::Rng(len).vec<qel16s>(len, -32768, 32767));
-    b.assign(qtest::Rng(len + 1).vec<qel32s>(len, -2000000000, 2000000000));
-    long double sa = 0, sb = 0;
-    for (int i = 0; i < len; ++i) sa += a[i], sb += b[i];
-    qel32s ga, gb;
-    ASSERT_EQ(qelsSum_16s32s_Sfs(a.data(), len, &ga, 2), qelStatusOk);
-    ASSERT_EQ(qelsSum_32s_Sfs(b.data(), len, &gb, 12), qelStatusOk);
-    EXPECT_EQ(ga, roundSat(scaleRef(sa, 2))) << len;
-    EXPECT_EQ(gb, roundSat(scaleRef(sb, 12))) << len;
-  }
 }
 
 TEST(DotProd, FloatFlavoursMatchGroupingAndBounds) {
@@ -235,34 +222,28 @@ TEST(DotProd, FloatFlavoursMatchGroupingAndBounds) {
   }
 }
 
-// The scalar path below 16 elements and the lane path from 16 group
-// differently: a sum that cancels shows which one ran.
-TEST(DotProd, ScalarBelowSixteen) {
-  for (int len : {15, 16}) {
-    std::vector<float> a(len, 1.0f), b(len, 1e-8f);
-    b[0] = 1.0f;
-    float d;
-    ASSERT_EQ(qelsDotProd_32f(a.data(), b.data(), len, &d), qelStatusOk);
-    // In order, 1 + 1e-8 stays 1 each time; in lanes the small terms meet
-    // each other first.
-    if (len == 15) EXPECT_EQ(d, 1.0f);
-    EXPECT_TRUE(qtest::sameBits(d, refDot32f(a.data(), b.data(), len)));
-  }
-}
-
-TEST(DotProd, IntegerFlavoursExact) {
+// Integer sums and dot products over every length: exact in 64 bits.
+TEST(IntegerReductions, ExactOverLengths) {
   for (int len : kLengths) {
     Guarded<qel16s> a(len, 2), b(len);
+    Guarded<qel32s> c(len, 4);
     a.assign(qtest::Rng(len).vec<qel16s>(len, -32768, 32767));
     b.assign(qtest::Rng(len + 5).vec<qel16s>(len, -32768, 32767));
-    int64_t want = 0;
-    for (int i = 0; i < len; ++i) want += int64_t{a[i]} * b[i];
+    c.assign(qtest::Rng(len + 1).vec<qel32s>(len, -2000000000, 2000000000));
+    int64_t dot = 0;
+    long double sa = 0, sc = 0;
+    for (int i = 0; i < len; ++i) dot += int64_t{a[i]} * b[i], sa += a[i], sc += c[i];
     qel64s got = 0;
     qel32f gotf = 0;
+    qel32s ga, gc;
     ASSERT_EQ(qelsDotProd_16s64s(a.data(), b.data(), len, &got), qelStatusOk);
     ASSERT_EQ(qelsDotProd_16s32f(a.data(), b.data(), len, &gotf), qelStatusOk);
-    EXPECT_EQ(got, want) << len;
-    EXPECT_EQ(gotf, static_cast<float>(want)) << len;
+    ASSERT_EQ(qelsSum_16s32s_Sfs(a.data(), len, &ga, 2), qelStatusOk);
+    ASSERT_EQ(qelsSum_32s_Sfs(c.data(), len, &gc, 12), qelStatusOk);
+    EXPECT_EQ(got, dot) << len;
+    EXPECT_EQ(gotf, static_cast<float>(dot)) << len;
+    EXPECT_EQ(ga, roundSat(scaleRef(sa, 2))) << len;
+    EXPECT_EQ(gc, roundSat(scaleRef(sc, 12))) << len;
   }
   // Two products of -32768 * -32768 side by side exceed 32 bits.
   std::vector<qel16s> m(1000, -32768);
@@ -339,85 +320,61 @@ std::vector<std::vector<T>> extremeCases(int len, uint32_t seed) {
   return out;
 }
 
-TEST(Extremes, ValueAndIndexFollowTheStrictScan) {
+// The kernels of one type; a null entry is a flavour the library lacks.
+template <typename T>
+struct ExtremeFns {
+  qelStatus (*maxIndx)(const T*, int, T*, int*);
+  qelStatus (*minIndx)(const T*, int, T*, int*);
+  qelStatus (*max)(const T*, int, T*);
+  qelStatus (*min)(const T*, int, T*);
+  qelStatus (*minMax)(const T*, int, T*, T*);
+};
+
+// Value and index of each kernel against the strict scan; the value-only
+// kernels (and the index kernels with a null index) give the same value.
+template <typename T>
+void checkExtremes(const ExtremeFns<T>& fn, std::initializer_list<size_t> misaligns,
+                   uint32_t salt) {
   for (int len : kLengths) {
     if (len > 5000) continue;
-    for (size_t mis : kFloatMisalign) {
-      for (const auto& v : extremeCases<float>(len, len)) {
-        Guarded<float> g(len, mis);
+    for (size_t mis : misaligns) {
+      for (const auto& v : extremeCases<T>(len, len + salt)) {
+        Guarded<T> g(len, mis);
         g.assign(v);
-        const auto [mx, mxAt] = refExtreme<float, true>(g.data(), len);
-        const auto [mn, mnAt] = refExtreme<float, false>(g.data(), len);
-        float val = 0, lo = 0, hi = 0;
-        int at = -1;
-        ASSERT_EQ(qelsMaxIndx_32f(g.data(), len, &val, &at), qelStatusOk);
-        ASSERT_TRUE(qtest::sameBits(val, mx) && at == mxAt)
-            << "max " << len << "/" << mis << ": " << val << "@" << at << " want " << mx << "@"
-            << mxAt;
-        ASSERT_EQ(qelsMinIndx_32f(g.data(), len, &val, &at), qelStatusOk);
-        ASSERT_TRUE(qtest::sameBits(val, mn) && at == mnAt)
-            << "min " << len << "/" << mis << ": " << val << "@" << at << " want " << mn << "@"
-            << mnAt;
-        ASSERT_EQ(qelsMax_32f(g.data(), len, &val), qelStatusOk);
-        ASSERT_TRUE(sameValue(val, mx)) << len;
-        ASSERT_EQ(qelsMaxIndx_32f(g.data(), len, &hi, nullptr), qelStatusOk);
-        ASSERT_TRUE(qtest::sameBits(hi, val));
-        ASSERT_EQ(qelsMin_32f(g.data(), len, &val), qelStatusOk);
-        ASSERT_TRUE(sameValue(val, mn)) << len;
-        ASSERT_EQ(qelsMinIndx_32f(g.data(), len, &lo, nullptr), qelStatusOk);
-        ASSERT_TRUE(qtest::sameBits(lo, val));
-        ASSERT_EQ(qelsMinMax_32f(g.data(), len, &lo, &hi), qelStatusOk);
-        ASSERT_TRUE(sameValue(lo, mn) && sameValue(hi, mx)) << len;
-      }
-    }
-    for (size_t mis : {0, 8}) {
-      for (const auto& v : extremeCases<double>(len, len + 1)) {
-        Guarded<double> g(len, mis);
-        g.assign(v);
-        const auto [mx, mxAt] = refExtreme<double, true>(g.data(), len);
-        const auto [mn, mnAt] = refExtreme<double, false>(g.data(), len);
-        double val = 0;
-        int at = -1;
-        ASSERT_EQ(qelsMaxIndx_64f(g.data(), len, &val, &at), qelStatusOk);
-        ASSERT_TRUE(qtest::sameBits(val, mx) && at == mxAt)
-            << "max64 " << len << "/" << mis << ": " << val << "@" << at << " want " << mx << "@"
-            << mxAt;
-        ASSERT_EQ(qelsMax_64f(g.data(), len, &val), qelStatusOk);
-        ASSERT_TRUE(sameValue(val, mx)) << len;
-        double viaNull = 0;
-        ASSERT_EQ(qelsMaxIndx_64f(g.data(), len, &viaNull, nullptr), qelStatusOk);
-        ASSERT_TRUE(qtest::sameBits(viaNull, val));
-        ASSERT_EQ(qelsMin_64f(g.data(), len, &val), qelStatusOk);
-        ASSERT_TRUE(sameValue(val, mn)) << len;
+        const std::string at = std::to_string(len) + "/" + std::to_string(mis);
+        for (bool isMax : {true, false}) {
+          const auto [want, wantAt] =
+              isMax ? refExtreme<T, true>(g.data(), len) : refExtreme<T, false>(g.data(), len);
+          T val = 0, only = 0;
+          int idx = -1;
+          ASSERT_EQ((isMax ? fn.max : fn.min)(g.data(), len, &only), qelStatusOk);
+          ASSERT_TRUE(sameValue(only, want)) << at;
+          if (auto f = isMax ? fn.maxIndx : fn.minIndx) {
+            ASSERT_EQ(f(g.data(), len, &val, &idx), qelStatusOk);
+            ASSERT_TRUE(qtest::sameBits(val, want) && idx == wantAt)
+                << (isMax ? "max " : "min ") << at << ": " << val << "@" << idx << " want " << want
+                << "@" << wantAt;
+            // without an index it gives what the value-only kernel gives
+            ASSERT_EQ(f(g.data(), len, &val, nullptr), qelStatusOk);
+            ASSERT_TRUE(qtest::sameBits(val, only)) << at;
+          }
+        }
+        if (fn.minMax) {
+          T lo = 0, hi = 0;
+          ASSERT_EQ(fn.minMax(g.data(), len, &lo, &hi), qelStatusOk);
+          ASSERT_TRUE(sameValue(lo, refExtreme<T, false>(g.data(), len).first) &&
+                      sameValue(hi, refExtreme<T, true>(g.data(), len).first))
+              << at;
+        }
       }
     }
   }
 }
 
-TEST(Extremes, NamedCases) {
-  std::vector<float> eq(100, 3.25f);
-  float v;
-  int at = -1;
-  ASSERT_EQ(qelsMinIndx_32f(eq.data(), 100, &v, &at), qelStatusOk);
-  EXPECT_EQ(at, 0);
-  std::vector<float> two(3000, 10.0f);
-  two[40] = two[2100] = -1.0f;
-  ASSERT_EQ(qelsMinIndx_32f(two.data(), 3000, &v, &at), qelStatusOk);
-  EXPECT_EQ(at, 40);
-  EXPECT_EQ(v, -1.0f);
-  two[40] = 10.0f;
-  ASSERT_EQ(qelsMinIndx_32f(two.data(), 3000, &v, &at), qelStatusOk);
-  EXPECT_EQ(at, 2100);
-  std::vector<float> nan(50, 1.0f);
-  nan[0] = NAN;
-  ASSERT_EQ(qelsMaxIndx_32f(nan.data(), 50, &v, &at), qelStatusOk);
-  EXPECT_TRUE(std::isnan(v));
-  EXPECT_EQ(at, 0);
-  nan[0] = 1.0f;
-  nan[10] = NAN;
-  nan[20] = 2.0f;
-  ASSERT_EQ(qelsMaxIndx_32f(nan.data(), 50, &v, &at), qelStatusOk);
-  EXPECT_EQ(at, 20);
+TEST(Extremes, ValueAndIndexFollowTheStrictScan) {
+  checkExtremes<float>({qelsMaxIndx_32f, qelsMinIndx_32f, qelsMax_32f, qelsMin_32f, qelsMinMax_32f},
+                       {0, 4, 8, 12}, 0);
+  checkExtremes<double>({qelsMaxIndx_64f, nullptr, qelsMax_64f, qelsMin_64f, nullptr}, {0, 8}, 1);
 }
 
 TEST(Extremes, ElementWise) {
@@ -453,6 +410,12 @@ TEST(Extremes, ElementWise) {
   }
 }
 
+// The buffer, or a null pointer in its place.
+template <typename T>
+T* P(bool keep, Guarded<T>& g) {
+  return keep ? g.data() : nullptr;
+}
+
 // Every kernel: a null pointer first, then the size; nothing written.
 TEST(Reductions, ArgumentErrorsWriteNothing) {
   Guarded<float> f(8), f2(8), of(1), of2(1);
@@ -461,75 +424,33 @@ TEST(Reductions, ArgumentErrorsWriteNothing) {
   Guarded<qel32s> i32(8), oi(1);
   Guarded<qel64s> o64(1);
   Guarded<int> idx(1);
-  std::vector<std::function<qelStatus(bool, bool, int)>> calls = {
-      [&](bool a, bool b, int n) {
-        return qelsSum_32f(a ? f.data() : nullptr, n, b ? of.data() : nullptr, 1);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsSum_16s32s_Sfs(a ? s.data() : nullptr, n, b ? oi.data() : nullptr, 0);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsSum_32s_Sfs(a ? i32.data() : nullptr, n, b ? oi.data() : nullptr, 0);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsDotProd_32f(f.data(), a ? f2.data() : nullptr, n, b ? of.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsDotProd_32f(a ? f.data() : nullptr, f2.data(), n, b ? of.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsDotProd_32f64f(a ? f.data() : nullptr, f2.data(), n, b ? od.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsDotProd_64f(d.data(), a ? d.data() : nullptr, n, b ? od.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsDotProd_16s64s(a ? s.data() : nullptr, s.data(), n, b ? o64.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsDotProd_16s32f(s.data(), a ? s.data() : nullptr, n, b ? of.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMax_32f(a ? f.data() : nullptr, n, b ? of.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMax_64f(a ? d.data() : nullptr, n, b ? od.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMin_32f(a ? f.data() : nullptr, n, b ? of.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMin_64f(a ? d.data() : nullptr, n, b ? od.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMinMax_32f(a ? f.data() : nullptr, n, of.data(), b ? of2.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMinMax_32f(f.data(), n, a ? of.data() : nullptr, b ? of2.data() : nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMaxIndx_32f(a ? f.data() : nullptr, n, b ? of.data() : nullptr, idx.data());
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMaxIndx_32f(a ? f.data() : nullptr, n, b ? of.data() : nullptr, nullptr);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMaxIndx_64f(a ? d.data() : nullptr, n, b ? od.data() : nullptr, idx.data());
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMinIndx_32f(a ? f.data() : nullptr, n, b ? of.data() : nullptr, idx.data());
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMaxEvery_32f_I(a ? f.data() : nullptr, b ? f2.data() : nullptr, n);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMinEvery_32f_I(a ? f.data() : nullptr, b ? f2.data() : nullptr, n);
-      },
-      [&](bool a, bool b, int n) {
-        return qelsMinEvery_32s_I(a ? i32.data() : nullptr, b ? oi.data() : nullptr, n);
-      },
+  // a: the first pointer checked, b: the second; n: the length.
+  using C = std::function<qelStatus(bool, bool, int)>;
+  const C calls[] = {
+      [&](bool a, bool b, int n) { return qelsSum_32f(P(a, f), n, P(b, of), 1); },
+      [&](bool a, bool b, int n) { return qelsSum_16s32s_Sfs(P(a, s), n, P(b, oi), 0); },
+      [&](bool a, bool b, int n) { return qelsSum_32s_Sfs(P(a, i32), n, P(b, oi), 0); },
+      [&](bool a, bool b, int n) { return qelsDotProd_32f(f.data(), P(a, f2), n, P(b, of)); },
+      [&](bool a, bool b, int n) { return qelsDotProd_32f(P(a, f), f2.data(), n, P(b, of)); },
+      [&](bool a, bool b, int n) { return qelsDotProd_32f64f(P(a, f), f2.data(), n, P(b, od)); },
+      [&](bool a, bool b, int n) { return qelsDotProd_64f(d.data(), P(a, d), n, P(b, od)); },
+      [&](bool a, bool b, int n) { return qelsDotProd_16s64s(P(a, s), s.data(), n, P(b, o64)); },
+      [&](bool a, bool b, int n) { return qelsDotProd_16s32f(s.data(), P(a, s), n, P(b, of)); },
+      [&](bool a, bool b, int n) { return qelsMax_32f(P(a, f), n, P(b, of)); },
+      [&](bool a, bool b, int n) { return qelsMax_64f(P(a, d), n, P(b, od)); },
+      [&](bool a, bool b, int n) { return qelsMin_32f(P(a, f), n, P(b, of)); },
+      [&](bool a, bool b, int n) { return qelsMin_64f(P(a, d), n, P(b, od)); },
+      [&](bool a, bool b, int n) { return qelsMinMax_32f(P(a, f), n, of.data(), P(b, of2)); },
+      [&](bool a, bool b, int n) { return qelsMinMax_32f(f.data(), n, P(a, of), P(b, of2)); },
+      [&](bool a, bool b, int n) { return qelsMaxIndx_32f(P(a, f), n, P(b, of), idx.data()); },
+      [&](bool a, bool b, int n) { return qelsMaxIndx_32f(P(a, f), n, P(b, of), nullptr); },
+      [&](bool a, bool b, int n) { return qelsMaxIndx_64f(P(a, d), n, P(b, od), idx.data()); },
+      [&](bool a, bool b, int n) { return qelsMinIndx_32f(P(a, f), n, P(b, of), idx.data()); },
+      [&](bool a, bool b, int n) { return qelsMaxEvery_32f_I(P(a, f), P(b, f2), n); },
+      [&](bool a, bool b, int n) { return qelsMinEvery_32f_I(P(a, f), P(b, f2), n); },
+      [&](bool a, bool b, int n) { return qelsMinEvery_32s_I(P(a, i32), P(b, oi), n); },
   };
-  for (size_t k = 0; k < calls.size(); ++k) {
+  for (size_t k = 0; k < std::size(calls); ++k) {
     EXPECT_EQ(calls[k](false, true, 8), qelStatusNullPtr) << k;
     EXPECT_EQ(calls[k](true, false, 8), qelStatusNullPtr) << k;
     EXPECT_EQ(calls[k](false, true, 0), qelStatusNullPtr) << k;  // null before size

@@ -56,31 +56,7 @@ qelStatus qelsFFTInit_R_16s32s(FFTSpec16s32s** ppSpec, int fftOrder, int flag, i
 }
 
 qelStatus qelsFFTInitAlloc_R_16s32s(FFTSpec16s32s** ppSpec, int fftOrder, int flag, int hint) {
-  if (!ppSpec) return qelStatusNullPtr;
-  int specSize = 0, initSize = 0, workSize = 0;
-  qelStatus st = qelsFFTGetSize_R_16s32s(fftOrder, flag, hint, &specSize, &initSize, &workSize);
-  if (st != qelStatusOk) return st;
-  // 64-byte aligned by qelMalloc: the plan sits at the block's first byte.
-  qel8u* mem = qelsMalloc_8u(specSize);
-  if (!mem) return qelStatusMemAlloc;
-  qel8u* init = nullptr;
-  if (initSize > 0) {
-    init = qelsMalloc_8u(initSize);
-    if (!init) {
-      qelsFree(mem);
-      return qelStatusMemAlloc;
-    }
-  }
-  FFTSpec16s32s* s = nullptr;
-  st = qelsFFTInit_R_16s32s(&s, fftOrder, flag, hint, mem, init);
-  if (init) qelsFree(init);
-  if (st != qelStatusOk) {
-    qelsFree(mem);
-    return st;
-  }
-  s->ownsMemory = 1;
-  *ppSpec = s;
-  return qelStatusOk;
+  return allocatePlan(ppSpec, fftOrder, flag, hint, qelsFFTGetSize_R_16s32s, qelsFFTInit_R_16s32s);
 }
 
 qelStatus qelsFFTFree_R_16s32s(FFTSpec16s32s* pSpec) {

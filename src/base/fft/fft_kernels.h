@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "base/base.h"
 #include "base/fft/fft.h"
 #include "base/simd.h"
 
@@ -137,6 +138,68 @@ inline bool aligned16(const void* p) { return (reinterpret_cast<std::uintptr_t>(
 template <typename T>
 inline T* alignUp32(T* p) {
   return reinterpret_cast<T*>((reinterpret_cast<std::uintptr_t>(p) + 31u) & ~std::uintptr_t{31});
+}
+
+// One bin pair (k, M-k) of the forward recombination of a half-length
+// spectrum in z, with the halved twiddle A = (ar, ai): with F = Z[k],
+// G = conj Z[M-k], D = F - G, P = A*D: X[k] = G + P, X[M-k] = conj(F - P).
+inline void recFwdPair(float* z, long m, long k, float ar, float ai) {
+  const float fr = z[2 * k], fi = z[2 * k + 1];
+  const float gr = z[2 * (m - k)], gi = -z[2 * (m - k) + 1];
+  const float dr = fr - gr, di = fi - gi;
+  const float pr = dr * ar - di * ai, pi = di * ar + dr * ai;
+  z[2 * k] = gr + pr;
+  z[2 * k + 1] = gi + pi;
+  z[2 * (m - k)] = fr - pr;
+  z[2 * (m - k) + 1] = -(fi - pi);
+}
+
+// The inverse pair, with B = 2*conj(A) = (br, bi) and P = B*D:
+// 2Z[k] = 2G + P, 2Z[M-k] = conj(2F - P).
+inline void recInvPair(float* z, long m, long k, float br, float bi) {
+  const float fr = z[2 * k], fi = z[2 * k + 1];
+  const float gr = z[2 * (m - k)], gi = -z[2 * (m - k) + 1];
+  const float dr = fr - gr, di = fi - gi;
+  const float pr = dr * br - di * bi, pi = di * br + dr * bi;
+  z[2 * k] = (gr + gr) + pr;
+  z[2 * k + 1] = (gi + gi) + pi;
+  z[2 * (m - k)] = (fr + fr) - pr;
+  z[2 * (m - k) + 1] = -((fi + fi) - pi);
+}
+
+// Plan allocation shared by both plan types: ask the sizes, take the plan
+// block and (when the order needs one) a temporary init buffer from
+// qelMalloc, whose 64-byte alignment puts the plan at the block's first byte
+// so the plan's Free can release it by its address; build the plan in them,
+// drop the init buffer, and release everything on every failure.
+template <typename Plan>
+qelStatus allocatePlan(Plan** ppSpec, int fftOrder, int flag, int hint,
+                       qelStatus (*getSize)(int, int, int, int*, int*, int*),
+                       qelStatus (*init)(Plan**, int, int, int, qel8u*, qel8u*)) {
+  if (!ppSpec) return qelStatusNullPtr;
+  int specSize = 0, initSize = 0, workSize = 0;
+  qelStatus st = getSize(fftOrder, flag, hint, &specSize, &initSize, &workSize);
+  if (st != qelStatusOk) return st;
+  qel8u* mem = qelsMalloc_8u(specSize);
+  if (!mem) return qelStatusMemAlloc;
+  qel8u* initBuf = nullptr;
+  if (initSize > 0) {
+    initBuf = qelsMalloc_8u(initSize);
+    if (!initBuf) {
+      qelsFree(mem);
+      return qelStatusMemAlloc;
+    }
+  }
+  Plan* s = nullptr;
+  st = init(&s, fftOrder, flag, hint, mem, initBuf);
+  if (initBuf) qelsFree(initBuf);
+  if (st != qelStatusOk) {
+    qelsFree(mem);
+    return st;
+  }
+  s->ownsMemory = 1;
+  *ppSpec = s;
+  return qelStatusOk;
 }
 
 }  // namespace qelsr::fft

@@ -148,31 +148,26 @@ void buildRecombination(FFTSpec* s, Cursor& cur, long n, const SineBase& base) {
 
 // ---- recombination ---------------------------------------------------------
 
-// One bin pair (k, M-k) of the forward recombination, scalar: with F = Z[k],
-// G = conj Z[M-k], D = F - G, P = A*D: X[k] = G + P, X[M-k] = conj(F - P).
-inline void recFwdScalar(float* z, const float* tab, long m, long k) {
-  const float ar = tab[2 * k], ai = -tab[2 * k + 1];
-  const float fr = z[2 * k], fi = z[2 * k + 1];
-  const float gr = z[2 * (m - k)], gi = -z[2 * (m - k) + 1];
-  const float dr = fr - gr, di = fi - gi;
-  const float pr = dr * ar - di * ai, pi = di * ar + dr * ai;
-  z[2 * k] = gr + pr;
-  z[2 * k + 1] = gi + pi;
-  z[2 * (m - k)] = fr - pr;
-  z[2 * (m - k) + 1] = -(fi - pi);
-}
-
-// Inverse: with B = 2*conj(A), P = B*D: 2Z[k] = 2G + P, 2Z[M-k] = conj(2F - P).
-inline void recInvScalar(float* z, const float* tab, long m, long k) {
-  const float br = tab[2 * k], bi = tab[2 * k + 1];
-  const float fr = z[2 * k], fi = z[2 * k + 1];
-  const float gr = z[2 * (m - k)], gi = -z[2 * (m - k) + 1];
-  const float dr = fr - gr, di = fi - gi;
-  const float pr = dr * br - di * bi, pi = di * br + dr * bi;
-  z[2 * k] = (gr + gr) + pr;
-  z[2 * k + 1] = (gi + gi) + pi;
-  z[2 * (m - k)] = (fr + fr) - pr;
-  z[2 * (m - k) + 1] = -((fi + fi) - pi);
+// Bins 2..N/4 - 1 two from each end per loop turn, so four complex values
+// move per turn; the forward and inverse turns differ only in the product
+// and in the doubled F and G of the inverse (see recFwdPair/recInvPair).
+template <bool Inv>
+inline void recombinePairs(qel32f* pData, const qel32f* pTab, long m) {
+  const __m128 conjMask = signMaskIm();
+  for (long k = 2; k + 1 < m / 2; k += 2) {
+    float* lo = pData + 2 * k;
+    float* hi = pData + 2 * (m - k - 1);
+    const __m128 f = _mm_loadu_ps(lo);
+    const __m128 h = _mm_loadu_ps(hi);
+    const __m128 g = _mm_xor_ps(_mm_shuffle_ps(h, h, _MM_SHUFFLE(1, 0, 3, 2)), conjMask);
+    const __m128 d = _mm_sub_ps(f, g);
+    const __m128 w = _mm_load_ps(pTab + 2 * k);
+    const __m128 p = Inv ? cmul(d, w) : cmulConj(d, w);
+    const __m128 xl = _mm_add_ps(Inv ? _mm_add_ps(g, g) : g, p);
+    const __m128 xh = _mm_xor_ps(_mm_sub_ps(Inv ? _mm_add_ps(f, f) : f, p), conjMask);
+    _mm_storeu_ps(lo, xl);
+    _mm_storeu_ps(hi, _mm_shuffle_ps(xh, xh, _MM_SHUFFLE(1, 0, 3, 2)));
+  }
 }
 
 // ---- transforms ----------------------------------------------------------------
@@ -381,32 +376,7 @@ qelStatus qelsFFTInit_R_32f(FFTSpec** ppSpec, int fftOrder, int flag, int hint, 
 }
 
 qelStatus qelsFFTInitAlloc_R_32f(FFTSpec** ppSpec, int fftOrder, int flag, int hint) {
-  if (!ppSpec) return qelStatusNullPtr;
-  int specSize = 0, initSize = 0, workSize = 0;
-  qelStatus st = qelsFFTGetSize_R_32f(fftOrder, flag, hint, &specSize, &initSize, &workSize);
-  if (st != qelStatusOk) return st;
-  // qelMalloc returns 64-byte aligned memory, so the plan starts at its
-  // first byte and qelsFFTFree_R_32f can release it by the plan's address.
-  qel8u* mem = qelsMalloc_8u(specSize);
-  if (!mem) return qelStatusMemAlloc;
-  qel8u* init = nullptr;
-  if (initSize > 0) {
-    init = qelsMalloc_8u(initSize);
-    if (!init) {
-      qelsFree(mem);
-      return qelStatusMemAlloc;
-    }
-  }
-  FFTSpec* s = nullptr;
-  st = qelsFFTInit_R_32f(&s, fftOrder, flag, hint, mem, init);
-  if (init) qelsFree(init);
-  if (st != qelStatusOk) {
-    qelsFree(mem);
-    return st;
-  }
-  s->ownsMemory = 1;
-  *ppSpec = s;
-  return qelStatusOk;
+  return allocatePlan(ppSpec, fftOrder, flag, hint, qelsFFTGetSize_R_32f, qelsFFTInit_R_32f);
 }
 
 // A plan without its identification value (never made, or released
@@ -444,46 +414,19 @@ qelStatus qelsFFTInv_PackToR_32f(const qel32f* pSrc, qel32f* pDst, const FFTSpec
   return transform<Format::Inverse>(pSrc, pDst, pSpec, pBuffer);
 }
 
-// Bins 1..N/4: bin 1 and the middle bin alone, the others two from each
-// end per loop turn, so four complex values move per turn.
+// Bin 1 and the middle bin alone, the others by recombinePairs.
 void qels_cRealRecombine_32f(qel32f* pData, const qel32f* pRealRec, int n) {
   const long m = n / 2;
-  recFwdScalar(pData, pRealRec, m, 1);
-  const __m128 conjMask = signMaskIm();
-  for (long k = 2; k + 1 < m / 2; k += 2) {
-    float* lo = pData + 2 * k;
-    float* hi = pData + 2 * (m - k - 1);
-    const __m128 f = _mm_loadu_ps(lo);
-    const __m128 h = _mm_loadu_ps(hi);
-    const __m128 g = _mm_xor_ps(_mm_shuffle_ps(h, h, _MM_SHUFFLE(1, 0, 3, 2)), conjMask);
-    const __m128 d = _mm_sub_ps(f, g);
-    const __m128 p = cmulConj(d, _mm_load_ps(pRealRec + 2 * k));
-    const __m128 xl = _mm_add_ps(g, p);
-    const __m128 xh = _mm_xor_ps(_mm_sub_ps(f, p), conjMask);
-    _mm_storeu_ps(lo, xl);
-    _mm_storeu_ps(hi, _mm_shuffle_ps(xh, xh, _MM_SHUFFLE(1, 0, 3, 2)));
-  }
+  recFwdPair(pData, m, 1, pRealRec[2], -pRealRec[3]);
+  recombinePairs<false>(pData, pRealRec, m);
   // the middle bin: X[M/2] = conj Z[M/2]
   pData[2 * (m / 2) + 1] = -pData[2 * (m / 2) + 1];
 }
 
 void qels_cCcsRecombine_32f(qel32f* pData, const qel32f* pCcsRec, int n) {
   const long m = n / 2;
-  recInvScalar(pData, pCcsRec, m, 1);
-  const __m128 conjMask = signMaskIm();
-  for (long k = 2; k + 1 < m / 2; k += 2) {
-    float* lo = pData + 2 * k;
-    float* hi = pData + 2 * (m - k - 1);
-    const __m128 f = _mm_loadu_ps(lo);
-    const __m128 h = _mm_loadu_ps(hi);
-    const __m128 g = _mm_xor_ps(_mm_shuffle_ps(h, h, _MM_SHUFFLE(1, 0, 3, 2)), conjMask);
-    const __m128 d = _mm_sub_ps(f, g);
-    const __m128 p = cmul(d, _mm_load_ps(pCcsRec + 2 * k));
-    const __m128 xl = _mm_add_ps(_mm_add_ps(g, g), p);
-    const __m128 xh = _mm_xor_ps(_mm_sub_ps(_mm_add_ps(f, f), p), conjMask);
-    _mm_storeu_ps(lo, xl);
-    _mm_storeu_ps(hi, _mm_shuffle_ps(xh, xh, _MM_SHUFFLE(1, 0, 3, 2)));
-  }
+  recInvPair(pData, m, 1, pCcsRec[2], pCcsRec[3]);
+  recombinePairs<true>(pData, pCcsRec, m);
   // the middle bin: 2 Z[M/2] = 2 conj X[M/2]
   const long mid = 2 * (m / 2);
   pData[mid] = pData[mid] + pData[mid];

@@ -117,55 +117,43 @@ void cfftSmall(const float* src, float* dst, float scale) {
     for (int i = 0; i < 2 * C; ++i) dst[i] *= scale;
 }
 
+// Sine and cosine of 2*pi*k/N from the fixed table.
+template <int N>
+inline float fixSin(int k) {
+  return fft_fix_twiddle_table_32f[k * (1024 / N)];
+}
+template <int N>
+inline float fixCos(int k) {
+  return fft_fix_twiddle_table_32f[(N / 4 - k) * (1024 / N)];
+}
+
 // Forward recombination of a half-length spectrum of M = N/2 points held in
 // z (N floats), with the halved twiddles A_k = (0.5 - 0.5*sin, -0.5*cos) of
 // angle 2*pi*k/N; X[0], X[N/2] go to the first two floats (Perm).
 template <int N>
 inline void recombineFwd(float* z) {
-  constexpr int M = N / 2;
   const float a = z[0], b = z[1];
   z[0] = a + b;
   z[1] = a - b;
-  for (int k = 1; k <= M / 2; ++k) {
-    const float sn = fft_fix_twiddle_table_32f[k * (1024 / N)];
-    const float cs = fft_fix_twiddle_table_32f[(N / 4 - k) * (1024 / N)];
-    const float ar = 0.5f - 0.5f * sn, ai = -(0.5f * cs);
-    const float fr = z[2 * k], fi = z[2 * k + 1];
-    const float gr = z[2 * (M - k)], gi = -z[2 * (M - k) + 1];
-    const float dr = fr - gr, di = fi - gi;
-    const float pr = dr * ar - di * ai, pi = di * ar + dr * ai;
-    z[2 * k] = gr + pr;
-    z[2 * k + 1] = gi + pi;
-    z[2 * (M - k)] = fr - pr;
-    z[2 * (M - k) + 1] = -(fi - pi);
-  }
+  for (int k = 1; k <= N / 4; ++k)
+    recFwdPair(z, N / 2, k, 0.5f - 0.5f * fixSin<N>(k), -(0.5f * fixCos<N>(k)));
 }
 
 // Inverse recombination: from X (Perm) to twice the half-length spectrum,
 // with B_k = (1 - sin, cos).
 template <int N>
 inline void recombineInv(float* z) {
-  constexpr int M = N / 2;
   const float a = z[0], b = z[1];
   z[0] = a + b;
   z[1] = a - b;
-  for (int k = 1; k <= M / 2; ++k) {
-    const float sn = fft_fix_twiddle_table_32f[k * (1024 / N)];
-    const float cs = fft_fix_twiddle_table_32f[(N / 4 - k) * (1024 / N)];
-    const float br = 1.0f - sn, bi = cs;
-    const float fr = z[2 * k], fi = z[2 * k + 1];
-    const float gr = z[2 * (M - k)], gi = -z[2 * (M - k) + 1];
-    const float dr = fr - gr, di = fi - gi;
-    const float pr = dr * br - di * bi, pi = di * br + dr * bi;
-    z[2 * k] = (gr + gr) + pr;
-    z[2 * k + 1] = (gi + gi) + pi;
-    z[2 * (M - k)] = (fr + fr) - pr;
-    z[2 * (M - k) + 1] = -((fi + fi) - pi);
-  }
+  for (int k = 1; k <= N / 4; ++k) recInvPair(z, N / 2, k, 1.0f - fixSin<N>(k), fixCos<N>(k));
 }
 
-template <int N, bool Scaled>
-void rfftFwd(const float* src, float* dst, float scale) {
+// The real transform of N points, forward into Perm or inverse from Perm,
+// scaled at the end when the plan says so. Lengths 1, 2 and 4 are written
+// out; from 8 on a complex transform of N/2 points and the recombination.
+template <int N, bool Inv, bool Scaled>
+void rfft(const float* src, float* dst, float scale) {
   float x[N > 1 ? N : 2];
   for (int i = 0; i < N; ++i) x[i] = src[i];
   if constexpr (N == 1) {
@@ -173,29 +161,13 @@ void rfftFwd(const float* src, float* dst, float scale) {
     const float a = x[0], b = x[1];
     x[0] = a + b;
     x[1] = a - b;
-  } else if constexpr (N == 4) {
+  } else if constexpr (N == 4 && !Inv) {
     const float s02 = x[0] + x[2], s13 = x[1] + x[3];
     const float d02 = x[0] - x[2], d31 = x[3] - x[1];
     x[0] = s02 + s13;
     x[1] = s02 - s13;
     x[2] = d02;
     x[3] = d31;
-  } else {
-    cfftLocal<N / 2, false>(x);
-    recombineFwd<N>(x);
-  }
-  for (int i = 0; i < N; ++i) dst[i] = Scaled ? x[i] * scale : x[i];
-}
-
-template <int N, bool Scaled>
-void rfftInv(const float* src, float* dst, float scale) {
-  float x[N > 1 ? N : 2];
-  for (int i = 0; i < N; ++i) x[i] = src[i];
-  if constexpr (N == 1) {
-  } else if constexpr (N == 2) {
-    const float a = x[0], b = x[1];
-    x[0] = a + b;
-    x[1] = a - b;
   } else if constexpr (N == 4) {
     // Perm: X0, X2, Re X1, Im X1
     const float s = x[0] + x[1], d = x[0] - x[1];
@@ -204,9 +176,12 @@ void rfftInv(const float* src, float* dst, float scale) {
     x[1] = d - i2;
     x[2] = s - r2;
     x[3] = d + i2;
-  } else {
+  } else if constexpr (Inv) {
     recombineInv<N>(x);
     cfftLocal<N / 2, true>(x);
+  } else {
+    cfftLocal<N / 2, false>(x);
+    recombineFwd<N>(x);
   }
   for (int i = 0; i < N; ++i) dst[i] = Scaled ? x[i] * scale : x[i];
 }
@@ -215,14 +190,18 @@ void rfftInv(const float* src, float* dst, float scale) {
 
 extern "C" {
 
-const qelsSmallFftFn tbl_rFFTfwd_small[5] = {
-    rfftFwd<1, false>, rfftFwd<2, false>, rfftFwd<4, false>, rfftFwd<8, false>, rfftFwd<16, false>};
-const qelsSmallFftFn tbl_rFFTfwd_small_scale[5] = {
-    rfftFwd<1, true>, rfftFwd<2, true>, rfftFwd<4, true>, rfftFwd<8, true>, rfftFwd<16, true>};
-const qelsSmallFftFn tbl_rFFTinv_small[5] = {
-    rfftInv<1, false>, rfftInv<2, false>, rfftInv<4, false>, rfftInv<8, false>, rfftInv<16, false>};
-const qelsSmallFftFn tbl_rFFTinv_small_scale[5] = {
-    rfftInv<1, true>, rfftInv<2, true>, rfftInv<4, true>, rfftInv<8, true>, rfftInv<16, true>};
+const qelsSmallFftFn tbl_rFFTfwd_small[5] = {rfft<1, false, false>, rfft<2, false, false>,
+                                             rfft<4, false, false>, rfft<8, false, false>,
+                                             rfft<16, false, false>};
+const qelsSmallFftFn tbl_rFFTfwd_small_scale[5] = {rfft<1, false, true>, rfft<2, false, true>,
+                                                   rfft<4, false, true>, rfft<8, false, true>,
+                                                   rfft<16, false, true>};
+const qelsSmallFftFn tbl_rFFTinv_small[5] = {rfft<1, true, false>, rfft<2, true, false>,
+                                             rfft<4, true, false>, rfft<8, true, false>,
+                                             rfft<16, true, false>};
+const qelsSmallFftFn tbl_rFFTinv_small_scale[5] = {rfft<1, true, true>, rfft<2, true, true>,
+                                                   rfft<4, true, true>, rfft<8, true, true>,
+                                                   rfft<16, true, true>};
 const qelsSmallFftFn tbl_cFFTfwd_small[2] = {cfftSmall<16, false, false>,
                                              cfftSmall<32, false, false>};
 const qelsSmallFftFn tbl_cFFTfwd_small_scale[2] = {cfftSmall<16, false, true>,
