@@ -23,30 +23,46 @@ inline bool anyNull(const P*... p) {
   return ((p == nullptr) || ...);
 }
 
-inline bool rowsAligned(const void* const* ppRows, int height) {
-  return RowMatrAlErr(ppRows, height) == 0;
+// Every row pointer on 16 bytes.
+template <typename Row>
+inline bool rowsAligned(Row* const* ppRows, int height) {
+  return RowMatrAlErr(reinterpret_cast<const void* const*>(ppRows), height) == 0;
 }
 
-template <typename T>
-inline const void* const* asVoidRows(const T* const* pp) {
-  return reinterpret_cast<const void* const*>(pp);
-}
-template <typename T>
-inline const void* const* asVoidRows(T* const* pp) {
-  return reinterpret_cast<const void* const*>(pp);
-}
-
-// Null pointers, then width and height below 1, then (D2 only) the stride.
-inline qelStatus checkD2(bool nullFound, int width, int height, int step) {
+// Null pointers, then width and height below 1, then (D2 only) the stride;
+// on success the aligned twin runs when `aligned` holds. Every D2 wrapper's
+// alignment rule reads only pointer values, so it may be formed before the
+// checks.
+template <typename Kernel, typename... A>
+inline qelStatus runD2(bool nullFound, int width, int height, int step, bool aligned, Kernel* al,
+                       Kernel* un, A... a) {
   if (nullFound) return qelStatusNullPtr;
   if (width < 1 || height < 1) return qelStatusSize;
   if (step < width) return qelStatusStride;
+  (aligned ? al : un)(a...);
   return qelStatusOk;
 }
 
-inline qelStatus checkD2L(bool nullFound, int width, int height) {
+// The D2L rule also needs every row pointer on 16 bytes, so the row list is
+// read only once the checks have passed.
+template <typename Row, typename Kernel, typename... A>
+inline qelStatus runD2L(bool nullFound, int width, int height, Row* const* ppRows,
+                        bool othersAligned, Kernel* al, Kernel* un, A... a) {
   if (nullFound) return qelStatusNullPtr;
   if (width < 1 || height < 1) return qelStatusSize;
+  (othersAligned && rowsAligned(ppRows, height) ? al : un)(a...);
+  return qelStatusOk;
+}
+
+// The 16s32s sums: the 16s32f sums written into pDst and converted there in
+// place, rounding to nearest even with saturation, so the result carries the
+// precision of a single. `sum` writes n singles at pDst and returns a status.
+template <typename Sum>
+inline qelStatus sumThenConvert(qel32s* pDst, int n, int scaleFactor, Sum sum) {
+  qel32f* sums = reinterpret_cast<qel32f*>(pDst);
+  const qelStatus st = sum(sums);
+  if (st != qelStatusOk) return st;
+  qelsConvert_32f32s_Sfs(sums, pDst, n, 1, scaleFactor);
   return qelStatusOk;
 }
 
@@ -124,254 +140,157 @@ qelStatus qelsAddNRows_32f_D2(const qel32f* pSrc, int height, int offset, int st
 
 qelStatus qelsAddAllRowSum_32f_D2(const qel32f* pSrc, int step, int height, qel32f* pSrcDst,
                                   int width) {
-  const qelStatus st = checkD2(anyNull(pSrc, pSrcDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && isAligned16(pSrcDst) && stepAligned16<qel32f>(step))
-    qelsAddAllRowSum_32f_D2_M7_Al(pSrc, step, height, pSrcDst, width);
-  else
-    qelsAddAllRowSum_32f_D2_M7(pSrc, step, height, pSrcDst, width);
-  return qelStatusOk;
+  return runD2(anyNull(pSrc, pSrcDst), width, height, step,
+               isAligned16(pSrc) && isAligned16(pSrcDst) && stepAligned16<qel32f>(step),
+               qelsAddAllRowSum_32f_D2_M7_Al, qelsAddAllRowSum_32f_D2_M7, pSrc, step, height,
+               pSrcDst, width);
 }
 
 qelStatus qelsAddAllRowSum_32f_D2L(const qel32f* const* ppSrc, int height, qel32f* pSrcDst,
                                    int width) {
-  const qelStatus st = checkD2L(anyNull(ppSrc, pSrcDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrcDst) && rowsAligned(asVoidRows(ppSrc), height))
-    qelsAddAllRowSum_32f_D2L_M7_Al(ppSrc, height, pSrcDst, width);
-  else
-    qelsAddAllRowSum_32f_D2L_M7(ppSrc, height, pSrcDst, width);
-  return qelStatusOk;
+  return runD2L(anyNull(ppSrc, pSrcDst), width, height, ppSrc, isAligned16(pSrcDst),
+                qelsAddAllRowSum_32f_D2L_M7_Al, qelsAddAllRowSum_32f_D2L_M7, ppSrc, height, pSrcDst,
+                width);
 }
 
 // ---------------------------------------------------------------- SubRow
 
 qelStatus qelsSubRow_32f_D2(const qel32f* pSrc, int width, qel32f* pSrcDst, int step, int height) {
-  const qelStatus st = checkD2(anyNull(pSrc, pSrcDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && isAligned16(pSrcDst) && stepAligned16<qel32f>(step))
-    qelsSubRow_32f_D2_M7_Al(pSrc, width, pSrcDst, step, height);
-  else
-    qelsSubRow_32f_D2_M7(pSrc, width, pSrcDst, step, height);
-  return qelStatusOk;
+  return runD2(anyNull(pSrc, pSrcDst), width, height, step,
+               isAligned16(pSrc) && isAligned16(pSrcDst) && stepAligned16<qel32f>(step),
+               qelsSubRow_32f_D2_M7_Al, qelsSubRow_32f_D2_M7, pSrc, width, pSrcDst, step, height);
 }
 
 qelStatus qelsSubRow_32f_D2L(const qel32f* pSrc, qel32f* const* ppSrcDst, int width, int height) {
-  const qelStatus st = checkD2L(anyNull(pSrc, ppSrcDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && rowsAligned(asVoidRows(ppSrcDst), height))
-    qelsSubRow_32f_D2L_M7_Al(pSrc, ppSrcDst, width, height);
-  else
-    qelsSubRow_32f_D2L_M7(pSrc, ppSrcDst, width, height);
-  return qelStatusOk;
+  return runD2L(anyNull(pSrc, ppSrcDst), width, height, ppSrcDst, isAligned16(pSrc),
+                qelsSubRow_32f_D2L_M7_Al, qelsSubRow_32f_D2L_M7, pSrc, ppSrcDst, width, height);
 }
 
 qelStatus qelsSubRow_16s_D2(const qel16s* pSrc, int width, qel16s* pSrcDst, int step, int height) {
-  const qelStatus st = checkD2(anyNull(pSrc, pSrcDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && isAligned16(pSrcDst) && stepAligned16<qel16s>(step))
-    qelsSubRow_16s_D2_M7_Al(pSrc, width, pSrcDst, step, height);
-  else
-    qelsSubRow_16s_D2_M7(pSrc, width, pSrcDst, step, height);
-  return qelStatusOk;
+  return runD2(anyNull(pSrc, pSrcDst), width, height, step,
+               isAligned16(pSrc) && isAligned16(pSrcDst) && stepAligned16<qel16s>(step),
+               qelsSubRow_16s_D2_M7_Al, qelsSubRow_16s_D2_M7, pSrc, width, pSrcDst, step, height);
 }
 
 qelStatus qelsSubRow_16s_D2L(const qel16s* pSrc, qel16s* const* ppSrcDst, int width, int height) {
-  const qelStatus st = checkD2L(anyNull(pSrc, ppSrcDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && rowsAligned(asVoidRows(ppSrcDst), height))
-    qelsSubRow_16s_D2L_M7_Al(pSrc, ppSrcDst, width, height);
-  else
-    qelsSubRow_16s_D2L_M7(pSrc, ppSrcDst, width, height);
-  return qelStatusOk;
+  return runD2L(anyNull(pSrc, ppSrcDst), width, height, ppSrcDst, isAligned16(pSrc),
+                qelsSubRow_16s_D2L_M7_Al, qelsSubRow_16s_D2L_M7, pSrc, ppSrcDst, width, height);
 }
 
-// ---------------------------------------------------------------- SumRow
+// ---------------------------------------------------------------- SumRow, SumColumn
 
 qelStatus qelsSumRow_32f_D2(const qel32f* pSrc, int width, int step, qel32f* pDst, int height) {
-  const qelStatus st = checkD2(anyNull(pSrc, pDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && stepAligned16<qel32f>(step))
-    qelsSumRow_32f_D2_M7_Al(pSrc, width, step, pDst, height);
-  else
-    qelsSumRow_32f_D2_M7(pSrc, width, step, pDst, height);
-  return qelStatusOk;
-}
-
-qelStatus qelsSumRow_64f_D2(const qel64f* pSrc, int width, int step, qel64f* pDst, int height) {
-  const qelStatus st = checkD2(anyNull(pSrc, pDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && stepAligned16<qel64f>(step))
-    qelsSumRow_64f_D2_M7_Al(pSrc, width, step, pDst, height);
-  else
-    qelsSumRow_64f_D2_M7(pSrc, width, step, pDst, height);
-  return qelStatusOk;
-}
-
-qelStatus qelsSumRow_16s32f_D2(const qel16s* pSrc, int width, int step, qel32f* pDst, int height) {
-  const qelStatus st = checkD2(anyNull(pSrc, pDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && isAligned16(pDst) && stepAligned16<qel16s>(step))
-    qelsSumRow_16s32f_D2_M7_Al(pSrc, width, step, pDst, height);
-  else
-    qelsSumRow_16s32f_D2_M7(pSrc, width, step, pDst, height);
-  return qelStatusOk;
+  return runD2(anyNull(pSrc, pDst), width, height, step,
+               isAligned16(pSrc) && stepAligned16<qel32f>(step), qelsSumRow_32f_D2_M7_Al,
+               qelsSumRow_32f_D2_M7, pSrc, width, step, pDst, height);
 }
 
 qelStatus qelsSumRow_32f_D2L(const qel32f* const* ppSrc, int width, qel32f* pDst, int height) {
-  const qelStatus st = checkD2L(anyNull(ppSrc, pDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (rowsAligned(asVoidRows(ppSrc), height))
-    qelsSumRow_32f_D2L_M7_Al(ppSrc, width, pDst, height);
-  else
-    qelsSumRow_32f_D2L_M7(ppSrc, width, pDst, height);
-  return qelStatusOk;
+  return runD2L(anyNull(ppSrc, pDst), width, height, ppSrc, true, qelsSumRow_32f_D2L_M7_Al,
+                qelsSumRow_32f_D2L_M7, ppSrc, width, pDst, height);
+}
+
+qelStatus qelsSumRow_64f_D2(const qel64f* pSrc, int width, int step, qel64f* pDst, int height) {
+  return runD2(anyNull(pSrc, pDst), width, height, step,
+               isAligned16(pSrc) && stepAligned16<qel64f>(step), qelsSumRow_64f_D2_M7_Al,
+               qelsSumRow_64f_D2_M7, pSrc, width, step, pDst, height);
 }
 
 qelStatus qelsSumRow_64f_D2L(const qel64f* const* ppSrc, int width, qel64f* pDst, int height) {
-  const qelStatus st = checkD2L(anyNull(ppSrc, pDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (rowsAligned(asVoidRows(ppSrc), height))
-    qelsSumRow_64f_D2L_M7_Al(ppSrc, width, pDst, height);
-  else
-    qelsSumRow_64f_D2L_M7(ppSrc, width, pDst, height);
-  return qelStatusOk;
+  return runD2L(anyNull(ppSrc, pDst), width, height, ppSrc, true, qelsSumRow_64f_D2L_M7_Al,
+                qelsSumRow_64f_D2L_M7, ppSrc, width, pDst, height);
+}
+
+qelStatus qelsSumRow_16s32f_D2(const qel16s* pSrc, int width, int step, qel32f* pDst, int height) {
+  return runD2(anyNull(pSrc, pDst), width, height, step,
+               isAligned16(pSrc) && isAligned16(pDst) && stepAligned16<qel16s>(step),
+               qelsSumRow_16s32f_D2_M7_Al, qelsSumRow_16s32f_D2_M7, pSrc, width, step, pDst,
+               height);
 }
 
 qelStatus qelsSumRow_16s32f_D2L(const qel16s* const* ppSrc, int width, qel32f* pDst, int height) {
-  const qelStatus st = checkD2L(anyNull(ppSrc, pDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (rowsAligned(asVoidRows(ppSrc), height))
-    qelsSumRow_16s32f_D2L_M7_Al(ppSrc, width, pDst, height);
-  else
-    qelsSumRow_16s32f_D2L_M7(ppSrc, width, pDst, height);
-  return qelStatusOk;
+  return runD2L(anyNull(ppSrc, pDst), width, height, ppSrc, true, qelsSumRow_16s32f_D2L_M7_Al,
+                qelsSumRow_16s32f_D2L_M7, ppSrc, width, pDst, height);
 }
 
-// ---------------------------------------------------------------- SumColumn
-
 qelStatus qelsSumColumn_32f_D2(const qel32f* pSrc, int step, int height, qel32f* pDst, int width) {
-  const qelStatus st = checkD2(anyNull(pSrc, pDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && stepAligned16<qel32f>(step))
-    qelsSumColumn_32f_D2_M7_Al(pSrc, step, height, pDst, width);
-  else
-    qelsSumColumn_32f_D2_M7(pSrc, step, height, pDst, width);
-  return qelStatusOk;
+  return runD2(anyNull(pSrc, pDst), width, height, step,
+               isAligned16(pSrc) && stepAligned16<qel32f>(step), qelsSumColumn_32f_D2_M7_Al,
+               qelsSumColumn_32f_D2_M7, pSrc, step, height, pDst, width);
+}
+
+qelStatus qelsSumColumn_32f_D2L(const qel32f* const* ppSrc, int height, qel32f* pDst, int width) {
+  return runD2L(anyNull(ppSrc, pDst), width, height, ppSrc, true, qelsSumColumn_32f_D2L_M7_Al,
+                qelsSumColumn_32f_D2L_M7, ppSrc, height, pDst, width);
 }
 
 qelStatus qelsSumColumn_64f_D2(const qel64f* pSrc, int step, int height, qel64f* pDst, int width) {
-  const qelStatus st = checkD2(anyNull(pSrc, pDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && stepAligned16<qel64f>(step))
-    qelsSumColumn_64f_D2_M7_Al(pSrc, step, height, pDst, width);
-  else
-    qelsSumColumn_64f_D2_M7(pSrc, step, height, pDst, width);
-  return qelStatusOk;
+  return runD2(anyNull(pSrc, pDst), width, height, step,
+               isAligned16(pSrc) && stepAligned16<qel64f>(step), qelsSumColumn_64f_D2_M7_Al,
+               qelsSumColumn_64f_D2_M7, pSrc, step, height, pDst, width);
+}
+
+qelStatus qelsSumColumn_64f_D2L(const qel64f* const* ppSrc, int height, qel64f* pDst, int width) {
+  return runD2L(anyNull(ppSrc, pDst), width, height, ppSrc, true, qelsSumColumn_64f_D2L_M7_Al,
+                qelsSumColumn_64f_D2L_M7, ppSrc, height, pDst, width);
 }
 
 qelStatus qelsSumColumn_16s32f_D2(const qel16s* pSrc, int step, int height, qel32f* pDst,
                                   int width) {
-  const qelStatus st = checkD2(anyNull(pSrc, pDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && isAligned16(pDst) && stepAligned16<qel16s>(step))
-    qelsSumColumn_16s32f_D2_M7_Al(pSrc, step, height, pDst, width);
-  else
-    qelsSumColumn_16s32f_D2_M7(pSrc, step, height, pDst, width);
-  return qelStatusOk;
-}
-
-qelStatus qelsSumColumn_32f_D2L(const qel32f* const* ppSrc, int height, qel32f* pDst, int width) {
-  const qelStatus st = checkD2L(anyNull(ppSrc, pDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (rowsAligned(asVoidRows(ppSrc), height))
-    qelsSumColumn_32f_D2L_M7_Al(ppSrc, height, pDst, width);
-  else
-    qelsSumColumn_32f_D2L_M7(ppSrc, height, pDst, width);
-  return qelStatusOk;
-}
-
-qelStatus qelsSumColumn_64f_D2L(const qel64f* const* ppSrc, int height, qel64f* pDst, int width) {
-  const qelStatus st = checkD2L(anyNull(ppSrc, pDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (rowsAligned(asVoidRows(ppSrc), height))
-    qelsSumColumn_64f_D2L_M7_Al(ppSrc, height, pDst, width);
-  else
-    qelsSumColumn_64f_D2L_M7(ppSrc, height, pDst, width);
-  return qelStatusOk;
+  return runD2(anyNull(pSrc, pDst), width, height, step,
+               isAligned16(pSrc) && isAligned16(pDst) && stepAligned16<qel16s>(step),
+               qelsSumColumn_16s32f_D2_M7_Al, qelsSumColumn_16s32f_D2_M7, pSrc, step, height, pDst,
+               width);
 }
 
 qelStatus qelsSumColumn_16s32f_D2L(const qel16s* const* ppSrc, int height, qel32f* pDst,
                                    int width) {
-  const qelStatus st = checkD2L(anyNull(ppSrc, pDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (rowsAligned(asVoidRows(ppSrc), height))
-    qelsSumColumn_16s32f_D2L_M7_Al(ppSrc, height, pDst, width);
-  else
-    qelsSumColumn_16s32f_D2L_M7(ppSrc, height, pDst, width);
-  return qelStatusOk;
+  return runD2L(anyNull(ppSrc, pDst), width, height, ppSrc, true, qelsSumColumn_16s32f_D2L_M7_Al,
+                qelsSumColumn_16s32f_D2L_M7, ppSrc, height, pDst, width);
 }
 
-// The 16s32s forms are the 16s32f sums written into pDst and converted
-// there in place, rounding to nearest even with saturation: the result
-// carries the precision of a single.
 qelStatus qelsSumRow_16s32s_D2Sfs(const qel16s* pSrc, int width, int step, qel32s* pDst, int height,
                                   int scaleFactor) {
-  qel32f* sums = reinterpret_cast<qel32f*>(pDst);
-  const qelStatus st = qelsSumRow_16s32f_D2(pSrc, width, step, sums, height);
-  if (st != qelStatusOk) return st;
-  qelsConvert_32f32s_Sfs(sums, pDst, height, 1, scaleFactor);
-  return qelStatusOk;
+  return sumThenConvert(pDst, height, scaleFactor, [&](qel32f* sums) {
+    return qelsSumRow_16s32f_D2(pSrc, width, step, sums, height);
+  });
 }
 
 qelStatus qelsSumRow_16s32s_D2LSfs(const qel16s* const* ppSrc, int width, qel32s* pDst, int height,
                                    int scaleFactor) {
-  qel32f* sums = reinterpret_cast<qel32f*>(pDst);
-  const qelStatus st = qelsSumRow_16s32f_D2L(ppSrc, width, sums, height);
-  if (st != qelStatusOk) return st;
-  qelsConvert_32f32s_Sfs(sums, pDst, height, 1, scaleFactor);
-  return qelStatusOk;
+  return sumThenConvert(pDst, height, scaleFactor, [&](qel32f* sums) {
+    return qelsSumRow_16s32f_D2L(ppSrc, width, sums, height);
+  });
 }
 
 qelStatus qelsSumColumn_16s32s_D2Sfs(const qel16s* pSrc, int step, int height, qel32s* pDst,
                                      int width, int scaleFactor) {
-  qel32f* sums = reinterpret_cast<qel32f*>(pDst);
-  const qelStatus st = qelsSumColumn_16s32f_D2(pSrc, step, height, sums, width);
-  if (st != qelStatusOk) return st;
-  qelsConvert_32f32s_Sfs(sums, pDst, width, 1, scaleFactor);
-  return qelStatusOk;
+  return sumThenConvert(pDst, width, scaleFactor, [&](qel32f* sums) {
+    return qelsSumColumn_16s32f_D2(pSrc, step, height, sums, width);
+  });
 }
 
 qelStatus qelsSumColumn_16s32s_D2LSfs(const qel16s* const* ppSrc, int height, qel32s* pDst,
                                       int width, int scaleFactor) {
-  qel32f* sums = reinterpret_cast<qel32f*>(pDst);
-  const qelStatus st = qelsSumColumn_16s32f_D2L(ppSrc, height, sums, width);
-  if (st != qelStatusOk) return st;
-  qelsConvert_32f32s_Sfs(sums, pDst, width, 1, scaleFactor);
-  return qelStatusOk;
+  return sumThenConvert(pDst, width, scaleFactor, [&](qel32f* sums) {
+    return qelsSumColumn_16s32f_D2L(ppSrc, height, sums, width);
+  });
 }
 
 // ---------------------------------------------------------------- CopyColumn
 
 qelStatus qelsCopyColumn_32f_D2(const qel32f* pSrc, int width, qel32f* pDst, int step, int height) {
-  const qelStatus st = checkD2(anyNull(pSrc, pDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pSrc) && isAligned16(pDst) && stepAligned16<qel32f>(step) &&
-      stepAligned16<qel32f>(width))
-    qelsCopyColumn_32f_D2_M7_Al(pSrc, width, pDst, step, height);
-  else
-    qelsCopyColumn_32f_D2_M7(pSrc, width, pDst, step, height);
-  return qelStatusOk;
+  return runD2(anyNull(pSrc, pDst), width, height, step,
+               isAligned16(pSrc) && isAligned16(pDst) && stepAligned16<qel32f>(step) &&
+                   stepAligned16<qel32f>(width),
+               qelsCopyColumn_32f_D2_M7_Al, qelsCopyColumn_32f_D2_M7, pSrc, width, pDst, step,
+               height);
 }
 
 qelStatus qelsCopyColumn_16s_D2(const qel16s* pSrc, int width, qel16s* pDst, int step, int height) {
-  const qelStatus st = checkD2(anyNull(pSrc, pDst), width, height, step);
-  if (st != qelStatusOk) return st;
-  if (isAligned16(pDst) && stepAligned16<qel16s>(step))
-    qelsCopyColumn_16s_D2_M7_Al(pSrc, width, pDst, step, height);
-  else
-    qelsCopyColumn_16s_D2_M7(pSrc, width, pDst, step, height);
-  return qelStatusOk;
+  return runD2(anyNull(pSrc, pDst), width, height, step,
+               isAligned16(pDst) && stepAligned16<qel16s>(step), qelsCopyColumn_16s_D2_M7_Al,
+               qelsCopyColumn_16s_D2_M7, pSrc, width, pDst, step, height);
 }
 
 qelStatus qelsCopyColumn_Indirect_32f_D2(const qel32f* pSrc, int srcLen, int srcStep, qel32f* pDst,

@@ -48,6 +48,37 @@ qelStatus sumInPairsOfLanes(int len, Term term, double* pSum) {
   return qelStatusOk;
 }
 
+// Σ (s - m)²·w in double with w = pVar[i] (Weighted; otherwise 1 and pVar
+// is not read): the double paths that need no division, in the order above.
+template <bool Weighted, typename S>
+double sumOfTerms(const S* pSrc, const S* pMean, const S* pVar, int len) {
+  double s = 0.0;
+  sumInPairsOfLanes(
+      len,
+      [&](int i, double& x) {
+        const double d = static_cast<double>(pSrc[i]) - static_cast<double>(pMean[i]);
+        x = Weighted ? d * d * static_cast<double>(pVar[i]) : d * d;
+        return qelStatusOk;
+      },
+      &s);
+  return s;
+}
+
+// Every member checks its pointers, then the length.
+template <typename... P>
+inline qelStatus checkArgs(int len, const P*... p) {
+  if (((p == nullptr) || ...)) return qelStatusNullPtr;
+  if (len < 1) return qelStatusSize;
+  return qelStatusOk;
+}
+
+// The aligned twin when `aligned` holds, else the general one.
+template <typename Kernel, typename... A>
+inline qelStatus runKernel(bool aligned, Kernel* al, Kernel* un, A... a) {
+  (aligned ? al : un)(a...);
+  return qelStatusOk;
+}
+
 // The distance of sMahDistSingle_32f_M7 for data off 16 bytes, in scalar
 // code with the kernel's lanes and order, so the result does not depend on
 // where the caller's vectors lie.
@@ -110,19 +141,26 @@ inline __m128 rowProduct32f(const float* d, const float* row, int side) {
   return t;
 }
 
+// Calls row(o, k, side, pRow) for every matrix row in order: row k of the
+// block of the given side that starts at element o.
+template <typename Row>
+inline void forEachBlockRow(const BlockDMatrix* m, Row row) {
+  int o = 0, r = 0;
+  for (int b = 0; b < m->nBlocks; ++b) {
+    const int side = m->pBlockSize[b];
+    for (int k = 0; k < side; ++k, ++r) row(o, k, side, m->ppRow[r]);
+    o += side;
+  }
+}
+
 // dᵀ·M·d of single differences held in four single lanes, folded as
 // (l0 + l2) + (l1 + l3).
 float blockQuadraticForm32f(const BlockDMatrix* m, const float* d) {
   __m128 total = _mm_setzero_ps();
-  int o = 0, r = 0;
-  for (int b = 0; b < m->nBlocks; ++b) {
-    const int side = m->pBlockSize[b];
-    for (int k = 0; k < side; ++k, ++r) {
-      const __m128 t = rowProduct32f(d + o, static_cast<const float*>(m->ppRow[r]), side);
-      total = _mm_add_ps(total, _mm_mul_ps(t, _mm_set1_ps(d[o + k])));
-    }
-    o += side;
-  }
+  forEachBlockRow(m, [&](int o, int k, int side, const void* row) {
+    const __m128 t = rowProduct32f(d + o, static_cast<const float*>(row), side);
+    total = _mm_add_ps(total, _mm_mul_ps(t, _mm_set1_ps(d[o + k])));
+  });
   const __m128 h = _mm_add_ps(total, _mm_movehl_ps(total, total));
   return _mm_cvtss_f32(_mm_add_ss(h, _mm_shuffle_ps(h, h, _MM_SHUFFLE(1, 1, 1, 1))));
 }
@@ -132,17 +170,12 @@ float blockQuadraticForm32f(const BlockDMatrix* m, const float* d) {
 double blockQuadraticForm32f64f(const BlockDMatrix* m, const float* d) {
   __m128d lo = _mm_setzero_pd();
   __m128d hi = _mm_setzero_pd();
-  int o = 0, r = 0;
-  for (int b = 0; b < m->nBlocks; ++b) {
-    const int side = m->pBlockSize[b];
-    for (int k = 0; k < side; ++k, ++r) {
-      const __m128 t = rowProduct32f(d + o, static_cast<const float*>(m->ppRow[r]), side);
-      const __m128 p = _mm_mul_ps(t, _mm_set1_ps(d[o + k]));
-      lo = _mm_add_pd(lo, _mm_cvtps_pd(p));
-      hi = _mm_add_pd(hi, _mm_cvtps_pd(_mm_movehl_ps(p, p)));
-    }
-    o += side;
-  }
+  forEachBlockRow(m, [&](int o, int k, int side, const void* row) {
+    const __m128 t = rowProduct32f(d + o, static_cast<const float*>(row), side);
+    const __m128 p = _mm_mul_ps(t, _mm_set1_ps(d[o + k]));
+    lo = _mm_add_pd(lo, _mm_cvtps_pd(p));
+    hi = _mm_add_pd(hi, _mm_cvtps_pd(_mm_movehl_ps(p, p)));
+  });
   const __m128d t = _mm_add_pd(lo, hi);
   return _mm_cvtsd_f64(t) + _mm_cvtsd_f64(_mm_unpackhi_pd(t, t));
 }
@@ -151,21 +184,16 @@ double blockQuadraticForm32f64f(const BlockDMatrix* m, const float* d) {
 // the total is folded as l0 + l1.
 double blockQuadraticForm64f(const BlockDMatrix* m, const double* d) {
   __m128d total = _mm_setzero_pd();
-  int o = 0, r = 0;
-  for (int b = 0; b < m->nBlocks; ++b) {
-    const int side = m->pBlockSize[b];
-    for (int k = 0; k < side; ++k, ++r) {
-      const double* row = static_cast<const double*>(m->ppRow[r]);
-      const double* dd = d + o;
-      __m128d t = _mm_setzero_pd();
-      int j = 0;
-      for (; j + 2 <= side; j += 2)
-        t = _mm_add_pd(t, _mm_mul_pd(_mm_loadu_pd(dd + j), _mm_load_pd(row + j)));
-      if (j < side) t = _mm_add_pd(t, _mm_mul_pd(_mm_set_pd(0.0, dd[j]), _mm_set_pd(0.0, row[j])));
-      total = _mm_add_pd(total, _mm_mul_pd(t, _mm_set1_pd(d[o + k])));
-    }
-    o += side;
-  }
+  forEachBlockRow(m, [&](int o, int k, int side, const void* pRow) {
+    const double* row = static_cast<const double*>(pRow);
+    const double* dd = d + o;
+    __m128d t = _mm_setzero_pd();
+    int j = 0;
+    for (; j + 2 <= side; j += 2)
+      t = _mm_add_pd(t, _mm_mul_pd(_mm_loadu_pd(dd + j), _mm_load_pd(row + j)));
+    if (j < side) t = _mm_add_pd(t, _mm_mul_pd(_mm_set_pd(0.0, dd[j]), _mm_set_pd(0.0, row[j])));
+    total = _mm_add_pd(total, _mm_mul_pd(t, _mm_set1_pd(d[o + k])));
+  });
   return _mm_cvtsd_f64(total) + _mm_cvtsd_f64(_mm_unpackhi_pd(total, total));
 }
 
@@ -185,9 +213,8 @@ double* allocScratch<double>(int len) {
 template <typename Src, typename D, typename Res, typename Form, typename Finish>
 qelStatus blockScore(const Src* pSrc, const Src* pMean, const BlockDMatrix* pBlockDVar, int len,
                      Res* pResult, Form form, Finish finish) {
-  if (pSrc == nullptr || pMean == nullptr || pBlockDVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pBlockDVar, pResult); st != qelStatusOk)
+    return st;
   if (len != pBlockDVar->nRows) return qelStatusSize;
   alignas(16) D onStack[kBlockStackLen];
   D* d = onStack;
@@ -212,51 +239,25 @@ extern "C" {
 QELSR_API qelStatus qelsLogGaussSingle_32f(const qel32f* pSrc, const qel32f* pMean,
                                            const qel32f* pVar, int len, qel32f* pResult,
                                            qel32f val) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar))
-    qelsLGaussSingle_32f_M7_Al(pSrc, pMean, pVar, len, pResult, &val);
-  else
-    qelsLGaussSingle_32f_M7(pSrc, pMean, pVar, len, pResult, &val);
-  return qelStatusOk;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pVar, pResult); st != qelStatusOk) return st;
+  return runKernel(isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar),
+                   qelsLGaussSingle_32f_M7_Al, qelsLGaussSingle_32f_M7, pSrc, pMean, pVar, len,
+                   pResult, &val);
 }
 
 QELSR_API qelStatus qelsLogGaussSingle_32f64f(const qel32f* pSrc, const qel32f* pMean,
                                               const qel32f* pVar, int len, qel64f* pResult,
                                               qel64f val) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  double s = 0.0;
-  sumInPairsOfLanes(
-      len,
-      [&](int i, double& x) {
-        const double d = static_cast<double>(pSrc[i]) - static_cast<double>(pMean[i]);
-        x = d * d * static_cast<double>(pVar[i]);
-        return qelStatusOk;
-      },
-      &s);
-  *pResult = val - s * 0.5;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pVar, pResult); st != qelStatusOk) return st;
+  *pResult = val - sumOfTerms<true>(pSrc, pMean, pVar, len) * 0.5;
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGaussSingle_64f(const qel64f* pSrc, const qel64f* pMean,
                                            const qel64f* pVar, int len, qel64f* pResult,
                                            qel64f val) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  double s = 0.0;
-  sumInPairsOfLanes(
-      len,
-      [&](int i, double& x) {
-        const double d = pSrc[i] - pMean[i];
-        x = d * d * pVar[i];
-        return qelStatusOk;
-      },
-      &s);
-  *pResult = val - s * 0.5;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pVar, pResult); st != qelStatusOk) return st;
+  *pResult = val - sumOfTerms<true>(pSrc, pMean, pVar, len) * 0.5;
   return qelStatusOk;
 }
 
@@ -267,9 +268,7 @@ QELSR_API qelStatus qelsLogGaussSingle_64f(const qel64f* pSrc, const qel64f* pMe
 QELSR_API qelStatus qelsLogGaussSingle_DirectVar_32f(const qel32f* pSrc, const qel32f* pMean,
                                                      const qel32f* pVar, int len, qel32f* pResult,
                                                      qel32f val) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pVar, pResult); st != qelStatusOk) return st;
   // len + 32 singles must be countable by the allocator.
   if (len > INT_MAX - 32) return qelStatusMemAlloc;
   qel32f* block = qelsMalloc_32f(len + 32);
@@ -279,10 +278,8 @@ QELSR_API qelStatus qelsLogGaussSingle_DirectVar_32f(const qel32f* pSrc, const q
   qel32f* inv = reinterpret_cast<qel32f*>(reinterpret_cast<qel8u*>(block) + skip);
   for (int i = 0; i < len; ++i) inv[i] = 1.0f;
   const qelStatus st = qelsDiv_32f(pVar, inv, inv, len);
-  if (isAligned16(pSrc) && isAligned16(pMean))
-    qelsLGaussSingle_32f_M7_Al(pSrc, pMean, inv, len, pResult, &val);
-  else
-    qelsLGaussSingle_32f_M7(pSrc, pMean, inv, len, pResult, &val);
+  runKernel(isAligned16(pSrc) && isAligned16(pMean), qelsLGaussSingle_32f_M7_Al,
+            qelsLGaussSingle_32f_M7, pSrc, pMean, inv, len, pResult, &val);
   qelsFree(block);
   return st;
 }
@@ -292,9 +289,7 @@ QELSR_API qelStatus qelsLogGaussSingle_DirectVar_32f(const qel32f* pSrc, const q
 QELSR_API qelStatus qelsLogGaussSingle_DirectVar_32f64f(const qel32f* pSrc, const qel32f* pMean,
                                                         const qel32f* pVar, int len,
                                                         qel64f* pResult, qel64f val) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pVar, pResult); st != qelStatusOk) return st;
   double s = 0.0;
   const qelStatus st = sumInPairsOfLanes(
       len,
@@ -313,41 +308,23 @@ QELSR_API qelStatus qelsLogGaussSingle_DirectVar_32f64f(const qel32f* pSrc, cons
 QELSR_API qelStatus qelsLogGaussSingle_DirectVar_64f(const qel64f* pSrc, const qel64f* pMean,
                                                      const qel64f* pVar, int len, qel64f* pResult,
                                                      qel64f val) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar))
-    ownqelsLogGaussSingle_DirectVar_64f_W7Al(pSrc, pMean, pVar, len, pResult, &val);
-  else
-    ownqelsLogGaussSingle_DirectVar_64f_W7(pSrc, pMean, pVar, len, pResult, &val);
-  return qelStatusOk;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pVar, pResult); st != qelStatusOk) return st;
+  return runKernel(isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar),
+                   ownqelsLogGaussSingle_DirectVar_64f_W7Al, ownqelsLogGaussSingle_DirectVar_64f_W7,
+                   pSrc, pMean, pVar, len, pResult, &val);
 }
 
 QELSR_API qelStatus qelsLogGaussSingle_IdVar_32f(const qel32f* pSrc, const qel32f* pMean, int len,
                                                  qel32f* pResult, qel32f val) {
-  if (pSrc == nullptr || pMean == nullptr || pResult == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (isAligned16(pSrc) && isAligned16(pMean))
-    qelsLGaussSingle_IdVar_32f_M7_Al(pSrc, pMean, len, pResult, &val);
-  else
-    qelsLGaussSingle_IdVar_32f_M7(pSrc, pMean, len, pResult, &val);
-  return qelStatusOk;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pResult); st != qelStatusOk) return st;
+  return runKernel(isAligned16(pSrc) && isAligned16(pMean), qelsLGaussSingle_IdVar_32f_M7_Al,
+                   qelsLGaussSingle_IdVar_32f_M7, pSrc, pMean, len, pResult, &val);
 }
 
 QELSR_API qelStatus qelsLogGaussSingle_IdVar_32f64f(const qel32f* pSrc, const qel32f* pMean,
                                                     int len, qel64f* pResult, qel64f val) {
-  if (pSrc == nullptr || pMean == nullptr || pResult == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  double s = 0.0;
-  sumInPairsOfLanes(
-      len,
-      [&](int i, double& x) {
-        const double d = static_cast<double>(pSrc[i]) - static_cast<double>(pMean[i]);
-        x = d * d;
-        return qelStatusOk;
-      },
-      &s);
-  *pResult = val - s * 0.5;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pResult); st != qelStatusOk) return st;
+  *pResult = val - sumOfTerms<false>(pSrc, pMean, pSrc, len) * 0.5;
   return qelStatusOk;
 }
 
@@ -357,25 +334,13 @@ constexpr int kIdVar64fOwnLoopMax = 54;
 
 QELSR_API qelStatus qelsLogGaussSingle_IdVar_64f(const qel64f* pSrc, const qel64f* pMean, int len,
                                                  qel64f* pResult, qel64f val) {
-  if (pSrc == nullptr || pMean == nullptr || pResult == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pResult); st != qelStatusOk) return st;
   if (len <= kIdVar64fOwnLoopMax) {
-    double s = 0.0;
-    sumInPairsOfLanes(
-        len,
-        [&](int i, double& x) {
-          const double d = pSrc[i] - pMean[i];
-          x = d * d;
-          return qelStatusOk;
-        },
-        &s);
-    *pResult = val - s * 0.5;
-  } else if (isAligned16(pSrc) && isAligned16(pMean)) {
-    ownqelsLogGaussSingle_IdVar_64f_W7Al(pSrc, pMean, len, pResult, &val);
-  } else {
-    ownqelsLogGaussSingle_IdVar_64f_W7(pSrc, pMean, len, pResult, &val);
+    *pResult = val - sumOfTerms<false>(pSrc, pMean, pSrc, len) * 0.5;
+    return qelStatusOk;
   }
-  return qelStatusOk;
+  return runKernel(isAligned16(pSrc) && isAligned16(pMean), ownqelsLogGaussSingle_IdVar_64f_W7Al,
+                   ownqelsLogGaussSingle_IdVar_64f_W7, pSrc, pMean, len, pResult, &val);
 }
 
 // ---- block-diagonal scores
@@ -408,9 +373,7 @@ QELSR_API qelStatus qelsLogGaussSingle_BlockDVar_64f(const qel64f* pSrc, const q
 
 QELSR_API qelStatus qelsMahDistSingle_32f(const qel32f* pSrc, const qel32f* pMean,
                                           const qel32f* pVar, int len, qel32f* pResult) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pVar, pResult); st != qelStatusOk) return st;
   if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar))
     sMahDistSingle_32f_M7(pSrc, pMean, pVar, len, pResult);
   else
@@ -420,53 +383,34 @@ QELSR_API qelStatus qelsMahDistSingle_32f(const qel32f* pSrc, const qel32f* pMea
 
 QELSR_API qelStatus qelsMahDistSingle_32f64f(const qel32f* pSrc, const qel32f* pMean,
                                              const qel32f* pVar, int len, qel64f* pResult) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  double s = 0.0;
-  sumInPairsOfLanes(
-      len,
-      [&](int i, double& x) {
-        const double d = static_cast<double>(pSrc[i]) - static_cast<double>(pMean[i]);
-        x = d * d * static_cast<double>(pVar[i]);
-        return qelStatusOk;
-      },
-      &s);
-  *pResult = s;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pVar, pResult); st != qelStatusOk) return st;
+  *pResult = sumOfTerms<true>(pSrc, pMean, pVar, len);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsMahDistSingle_64f(const qel64f* pSrc, const qel64f* pMean,
                                           const qel64f* pVar, int len, qel64f* pResult) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar))
-    sMahDistSingle_64f_M7_Al(pSrc, pMean, pVar, len, pResult);
-  else
-    sMahDistSingle_64f_M7(pSrc, pMean, pVar, len, pResult);
-  return qelStatusOk;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pVar, pResult); st != qelStatusOk) return st;
+  return runKernel(isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar),
+                   sMahDistSingle_64f_M7_Al, sMahDistSingle_64f_M7, pSrc, pMean, pVar, len,
+                   pResult);
 }
 
 QELSR_API qelStatus qelsMeanVarAcc_32f(const qel32f* pSrc, const qel32f* pMean, qel32f* pMeanAcc,
                                        qel32f* pVarAcc, int len, qel32f val) {
-  if (pSrc == nullptr || pMean == nullptr || pMeanAcc == nullptr || pVarAcc == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pMeanAcc, pVarAcc); st != qelStatusOk)
+    return st;
   sMahAcc_32f_M7(pSrc, pMean, pMeanAcc, pVarAcc, len, &val);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsMeanVarAcc_64f(const qel64f* pSrc, const qel64f* pMean, qel64f* pMeanAcc,
                                        qel64f* pVarAcc, int len, qel64f val) {
-  if (pSrc == nullptr || pMean == nullptr || pMeanAcc == nullptr || pVarAcc == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pMeanAcc) && isAligned16(pVarAcc))
-    sMeanVarAcc_64f_M7_Al(pSrc, pMean, pMeanAcc, pVarAcc, len, &val);
-  else
-    sMeanVarAcc_64f_M7(pSrc, pMean, pMeanAcc, pVarAcc, len, &val);
-  return qelStatusOk;
+  if (const qelStatus st = checkArgs(len, pSrc, pMean, pMeanAcc, pVarAcc); st != qelStatusOk)
+    return st;
+  return runKernel(
+      isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pMeanAcc) && isAligned16(pVarAcc),
+      sMeanVarAcc_64f_M7_Al, sMeanVarAcc_64f_M7, pSrc, pMean, pMeanAcc, pVarAcc, len, &val);
 }
 
 }  // extern "C"

@@ -1,13 +1,11 @@
 // Row and column primitives: every member against its scalar reference,
 // bit for bit, on both layouts with aligned and misaligned data (so that
 // both kernel twins run), the order of the argument checks with canary
-// buffers, and the edge cases of the family.
+// buffers, and the rounding and saturation of the 16-bit forms.
 #include "frame/rows_columns.h"
 
-#include <algorithm>
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,35 +21,32 @@ using qtest::RowSet;
 const int kWidths[] = {1, 2, 3, 4, 5, 7, 8, 9, 13, 15, 16, 17, 39};
 const int kHeights[] = {1, 2, 3, 4, 5, 13, 100};
 
-// How a matrix and the destination lie in memory. The aligned shapes run the
-// aligned twin; the others break exactly one condition of the alignment
-// rule and run the general twin.
-enum class Shape {
-  D2Aligned,
-  D2SrcOff,
-  D2OddStride,
-  D2DstOff,
-  D2LAligned,
-  D2LOneRowOff,
-  D2LDstOff
+// How a matrix and the vector beside it lie in memory. The aligned shapes
+// run the aligned twin; the others break exactly one condition of the
+// alignment rule and run the general twin.
+struct Shape {
+  const char* name;
+  bool listed, srcOff, oddStride, dstOff, rowOff;
 };
-const Shape kShapes[] = {Shape::D2Aligned, Shape::D2SrcOff,   Shape::D2OddStride,
-                         Shape::D2DstOff,  Shape::D2LAligned, Shape::D2LOneRowOff,
-                         Shape::D2LDstOff};
-const char* shapeName(Shape s) {
-  const char* names[] = {"D2 aligned",  "D2 src off",      "D2 odd stride", "D2 dst off",
-                         "D2L aligned", "D2L one row off", "D2L dst off"};
-  return names[static_cast<int>(s)];
-}
-bool isListed(Shape s) { return s >= Shape::D2LAligned; }
-bool dstOff(Shape s) { return s == Shape::D2DstOff || s == Shape::D2LDstOff; }
+const Shape kShapes[] = {{"D2 aligned", false, false, false, false, false},
+                         {"D2 src off", false, true, false, false, false},
+                         {"D2 odd stride", false, false, true, false, false},
+                         {"D2 dst off", false, false, false, true, false},
+                         {"D2L aligned", true, false, false, false, false},
+                         {"D2L one row off", true, false, false, false, true},
+                         {"D2L dst off", true, false, false, true, false}};
+const Shape& kD2Aligned = kShapes[0];
+const Shape& kD2SrcOff = kShapes[1];
+const Shape& kD2LAligned = kShapes[4];
+const Shape& kD2LOneRowOff = kShapes[5];
 
 template <typename T>
 constexpr int kLanes = 16 / static_cast<int>(sizeof(T));
 
 // Values that make the order of additions visible in the last bits. 16-bit
 // sums stay exact in single below 2^24, so long 16-bit data are large and
-// positive: their sums pass 2^24 and round.
+// positive: their sums pass 2^24 and round. Short 16-bit data span the whole
+// range, so subtractions saturate often, in vector bodies and tails alike.
 template <typename T>
 std::vector<T> testData(qtest::Rng& rng, size_t n) {
   std::vector<T> v(n);
@@ -64,6 +59,7 @@ std::vector<T> testData(qtest::Rng& rng, size_t n) {
   return v;
 }
 
+// Stride padding holds a large value that would spoil any sum reading it.
 template <typename T>
 T padding() {
   if constexpr (std::is_same_v<T, qel16s>)
@@ -72,24 +68,21 @@ T padding() {
     return static_cast<T>(1e20);
 }
 
-// A height x width matrix in the layout of `shape`; padding past the width
-// holds a large value that would spoil any sum reading it.
+// A height x width matrix in the layout of `shape`.
 template <typename T>
 struct TestMatrix {
-  TestMatrix(Shape shape, int height, int width, const std::vector<T>& data)
-      : height(height), width(width), listed(isListed(shape)) {
+  TestMatrix(const Shape& shape, int height, int width, const std::vector<T>& data)
+      : height(height), width(width), listed(shape.listed) {
     if (listed) {
-      set = std::make_unique<RowSet<T>>(height, width,
-                                        shape == Shape::D2LOneRowOff ? height / 2 : -1);
+      set = std::make_unique<RowSet<T>>(height, width, shape.rowOff ? height / 2 : -1);
       for (int r = 0; r < height; ++r) rows.push_back(set->ptrs()[r]);
     } else {
-      step = (width + kLanes<T> - 1) / kLanes<T> * kLanes<T> + (shape == Shape::D2OddStride);
+      step = (width + kLanes<T> - 1) / kLanes<T> * kLanes<T> + shape.oddStride;
       block = std::make_unique<Guarded<T>>(static_cast<size_t>(height) * step,
-                                           shape == Shape::D2SrcOff ? sizeof(T) : 0);
+                                           shape.srcOff ? sizeof(T) : 0);
       for (int r = 0; r < height; ++r) {
         rows.push_back(block->data() + static_cast<size_t>(r) * step);
-        for (int c = width; c < step; ++c)
-          block->data()[static_cast<size_t>(r) * step + c] = padding<T>();
+        for (int c = width; c < step; ++c) row(r)[c] = padding<T>();
       }
     }
     for (int r = 0; r < height; ++r)
@@ -99,6 +92,13 @@ struct TestMatrix {
   T* base() { return block->data(); }
   T** ptrs() { return set->ptrs(); }
   bool guardsIntact() const { return listed ? set->guardsIntact() : block->guardsIntact(); }
+  // The padding past the width of every row of a block is as it was.
+  bool paddingIntact() {
+    for (int r = 0; r < height; ++r)
+      for (int c = width; c < step; ++c)
+        if (!qtest::sameBits(row(r)[c], padding<T>())) return false;
+    return true;
+  }
 
   int height, width, step = 0;
   bool listed;
@@ -107,10 +107,32 @@ struct TestMatrix {
   rowref::Rows<T> rows;
 };
 
+std::vector<std::pair<int, int>> gridSizes(std::vector<std::pair<int, int>> extra = {}) {
+  for (int h : kHeights)
+    for (int w : kWidths) extra.push_back({h, w});
+  return extra;
+}
+
+// Runs `body(matrix, misalignment of the vector beside it, rng)` for every
+// size and every shape.
+template <typename T, typename Body>
+void forEachLayout(const std::vector<std::pair<int, int>>& sizes, uint32_t seed, Body body,
+                   bool d2Only = false) {
+  qtest::Rng rng(seed);
+  for (auto [height, width] : sizes)
+    for (const Shape& shape : kShapes) {
+      if (d2Only && shape.listed) continue;
+      SCOPED_TRACE(std::string(shape.name) + ", height " + std::to_string(height) + ", width " +
+                   std::to_string(width));
+      TestMatrix<T> mat(shape, height, width, testData<T>(rng, size_t(height) * width));
+      body(mat, shape.dstOff ? sizeof(T) : 0, rng);
+    }
+}
+
 // ---------------------------------------------------------------- sums
 
-// One member of the row or column sums: both layouts, and the reference of
-// one result.
+// One member of the row or column sums over both layouts, and the reference
+// of result i.
 template <typename TS, typename TD>
 struct SumMember {
   const char* name;
@@ -120,103 +142,154 @@ struct SumMember {
 };
 
 template <typename TS, typename TD>
-void runSumMembers(const std::vector<SumMember<TS, TD>>& members, uint32_t seed,
-                   const std::vector<std::pair<int, int>>& sizes) {
-  qtest::Rng rng(seed);
-  for (const auto& m : members)
-    for (auto [height, width] : sizes)
-      for (Shape shape : kShapes) {
-        SCOPED_TRACE(std::string(m.name) + ", " + shapeName(shape) + ", height " +
-                     std::to_string(height) + ", width " + std::to_string(width));
-        TestMatrix<TS> mat(shape, height, width, testData<TS>(rng, size_t(height) * width));
-        const int n = m.perRow ? height : width;
-        Guarded<TD> dst(n, dstOff(shape) ? sizeof(TD) : 0);
-        ASSERT_EQ(m.call(mat, dst.data()), qelStatusOk);
-        std::vector<TD> want(n);
-        for (int i = 0; i < n; ++i)
-          want[i] = m.perRow ? m.ref({mat.rows[i]}, width) : m.ref(mat.rows, i);
-        EXPECT_TRUE(qtest::sameArrays(dst.data(), want.data(), n));
-        EXPECT_TRUE(dst.guardsIntact());
-      }
-}
-
-std::vector<std::pair<int, int>> gridSizes() {
-  std::vector<std::pair<int, int>> s;
-  for (int h : kHeights)
-    for (int w : kWidths) s.push_back({h, w});
-  return s;
+void runSums(const std::vector<SumMember<TS, TD>>& members, uint32_t seed,
+             const std::vector<std::pair<int, int>>& sizes) {
+  for (const auto& m : members) {
+    SCOPED_TRACE(m.name);
+    forEachLayout<TS>(sizes, seed, [&](TestMatrix<TS>& mat, size_t off, qtest::Rng&) {
+      const int n = m.perRow ? mat.height : mat.width;
+      Guarded<TD> dst(n, off == 0 ? 0 : sizeof(TD));
+      ASSERT_EQ(m.call(mat, dst.data()), qelStatusOk);
+      std::vector<TD> want(n);
+      for (int i = 0; i < n; ++i)
+        want[i] = m.perRow ? m.ref({mat.rows[i]}, mat.width) : m.ref(mat.rows, i);
+      EXPECT_TRUE(qtest::sameArrays(dst.data(), want.data(), n));
+      EXPECT_TRUE(dst.guardsIntact());
+    });
+  }
 }
 
 template <typename TD, typename FD2, typename FD2L>
-auto rowSumCall(FD2 d2, FD2L d2l) {
+auto rowSum(FD2 d2, FD2L d2l) {
   return [=](auto& m, TD* dst) {
     return m.listed ? d2l(m.rows.data(), m.width, dst, m.height)
                     : d2(m.base(), m.width, m.step, dst, m.height);
   };
 }
 template <typename TD, typename FD2, typename FD2L>
-auto columnSumCall(FD2 d2, FD2L d2l) {
+auto columnSum(FD2 d2, FD2L d2l) {
   return [=](auto& m, TD* dst) {
     return m.listed ? d2l(m.rows.data(), m.height, dst, m.width)
                     : d2(m.base(), m.step, m.height, dst, m.width);
   };
 }
-
-float rowRef32f(const rowref::Rows<float>& r, int w) { return rowref::sumRow32f(r[0], w); }
-double rowRef64f(const rowref::Rows<double>& r, int w) { return rowref::sumRow64f(r[0], w); }
-float rowRef16s(const rowref::Rows<qel16s>& r, int w) { return rowref::sumRow16s32f(r[0], w); }
-
-// Beyond the grid: tall matrices that the column sums take in several
-// slabs of rows, and rows so long that a slab is two rows.
-std::vector<std::pair<int, int>> floatSizes() {
-  auto s = gridSizes();
-  for (auto hw : {std::pair{1031, 13}, {1031, 39}, {333, 5}, {7, 2049}, {9, 4099}}) s.push_back(hw);
-  return s;
+template <typename T, typename R, R (*Sum)(const T*, int)>
+R rowRef(const rowref::Rows<T>& r, int w) {
+  return Sum(r[0], w);
 }
 
+// Beyond the grid: tall matrices that the column sums take in several slabs
+// of rows, and rows so long that a slab is two rows.
 TEST(RowsColumns, FloatSumsMatchReferenceOnEveryLayout) {
-  runSumMembers<float, float>(
-      {{"SumRow_32f", true, rowSumCall<float>(qelsSumRow_32f_D2, qelsSumRow_32f_D2L), rowRef32f},
-       {"SumColumn_32f", false, columnSumCall<float>(qelsSumColumn_32f_D2, qelsSumColumn_32f_D2L),
+  const auto sizes = gridSizes({{1031, 13}, {1031, 39}, {333, 5}, {7, 2049}, {9, 4099}});
+  runSums<float, float>(
+      {{"SumRow_32f", true, rowSum<float>(qelsSumRow_32f_D2, qelsSumRow_32f_D2L),
+        rowRef<float, float, rowref::sumRow32f>},
+       {"SumColumn_32f", false, columnSum<float>(qelsSumColumn_32f_D2, qelsSumColumn_32f_D2L),
         rowref::sumColumn<float>}},
-      101, floatSizes());
-  runSumMembers<double, double>(
-      {{"SumRow_64f", true, rowSumCall<double>(qelsSumRow_64f_D2, qelsSumRow_64f_D2L), rowRef64f},
-       {"SumColumn_64f", false, columnSumCall<double>(qelsSumColumn_64f_D2, qelsSumColumn_64f_D2L),
+      101, sizes);
+  runSums<double, double>(
+      {{"SumRow_64f", true, rowSum<double>(qelsSumRow_64f_D2, qelsSumRow_64f_D2L),
+        rowRef<double, double, rowref::sumRow64f>},
+       {"SumColumn_64f", false, columnSum<double>(qelsSumColumn_64f_D2, qelsSumColumn_64f_D2L),
         rowref::sumColumn<double>}},
-      102, floatSizes());
+      102, sizes);
 }
 
 // The long rows and columns are where the order of the 16-bit sums shows.
 TEST(RowsColumns, SixteenBitSumsMatchReferenceOnEveryLayout) {
-  auto sizes = gridSizes();
-  sizes.push_back({5, 4099});
-  sizes.push_back({1031, 21});
-  sizes.push_back({1030, 3});
-  const std::vector<SumMember<qel16s, float>> members = {
-      {"SumRow_16s32f", true, rowSumCall<float>(qelsSumRow_16s32f_D2, qelsSumRow_16s32f_D2L),
-       rowRef16s},
-      {"SumColumn_16s32f", false,
-       columnSumCall<float>(qelsSumColumn_16s32f_D2, qelsSumColumn_16s32f_D2L),
-       rowref::sumColumn16s32f}};
-  runSumMembers(members, 103, sizes);
-
+  const auto sizes = gridSizes({{5, 4099}, {1031, 21}, {1030, 3}});
+  runSums<qel16s, float>(
+      {{"SumRow_16s32f", true, rowSum<float>(qelsSumRow_16s32f_D2, qelsSumRow_16s32f_D2L),
+        rowRef<qel16s, float, rowref::sumRow16s32f>},
+       {"SumColumn_16s32f", false,
+        columnSum<float>(qelsSumColumn_16s32f_D2, qelsSumColumn_16s32f_D2L),
+        rowref::sumColumn16s32f}},
+      103, sizes);
   for (int sf : {0, 3, -2}) {
     SCOPED_TRACE("scaleFactor " + std::to_string(sf));
-    const std::vector<SumMember<qel16s, qel32s>> sfs = {
-        {"SumRow_16s32s", true,
-         rowSumCall<qel32s>([=](auto... a) { return qelsSumRow_16s32s_D2Sfs(a..., sf); },
-                            [=](auto... a) { return qelsSumRow_16s32s_D2LSfs(a..., sf); }),
-         [=](const rowref::Rows<qel16s>& r, int w) {
-           return rowref::scaleRound(rowref::sumRow16s32f(r[0], w), sf);
-         }},
-        {"SumColumn_16s32s", false,
-         columnSumCall<qel32s>([=](auto... a) { return qelsSumColumn_16s32s_D2Sfs(a..., sf); },
-                               [=](auto... a) { return qelsSumColumn_16s32s_D2LSfs(a..., sf); }),
-         [=](const rowref::Rows<qel16s>& r, int c) {
-           return rowref::scaleRound(rowref::sumColumn16s32f(r, c), sf);
-         }}};
-    runSumMembers(sfs, 104 + sf, sizes);
+    runSums<qel16s, qel32s>(
+        {{"SumRow_16s32s", true,
+          rowSum<qel32s>([=](auto... a) { return qelsSumRow_16s32s_D2Sfs(a..., sf); },
+                         [=](auto... a) { return qelsSumRow_16s32s_D2LSfs(a..., sf); }),
+          [=](const rowref::Rows<qel16s>& r, int w) {
+            return rowref::scaleRound(rowref::sumRow16s32f(r[0], w), sf);
+          }},
+         {"SumColumn_16s32s", false,
+          columnSum<qel32s>([=](auto... a) { return qelsSumColumn_16s32s_D2Sfs(a..., sf); },
+                            [=](auto... a) { return qelsSumColumn_16s32s_D2LSfs(a..., sf); }),
+          [=](const rowref::Rows<qel16s>& r, int c) {
+            return rowref::scaleRound(rowref::sumColumn16s32f(r, c), sf);
+          }}},
+        104 + sf, sizes);
+  }
+}
+
+// A row of width 1 is copied, not added to 0: -0.0 stays -0.0.
+TEST(RowsColumns, SumRowOfWidthOneCopies) {
+  const std::vector<float> col = {-0.0f, 3.5f, -1e-40f, HUGE_VALF, 7.0f};
+  for (const Shape& shape : {kD2Aligned, kD2SrcOff, kD2LOneRowOff}) {
+    TestMatrix<float> m(shape, 5, 1, col);
+    float dst[5];
+    ASSERT_EQ(m.listed ? qelsSumRow_32f_D2L(m.rows.data(), 1, dst, 5)
+                       : qelsSumRow_32f_D2(m.base(), 1, m.step, dst, 5),
+              qelStatusOk);
+    EXPECT_TRUE(qtest::sameArrays(dst, col.data(), 5)) << shape.name;
+  }
+}
+
+// The scaled 16-bit sums round to nearest even after the scale and saturate
+// at both limits. The cases of one scale factor stand side by side as the
+// columns (and, transposed, the rows) of one matrix, repeated to 24 results
+// so the in-place conversion runs over a long destination.
+TEST(RowsColumns, SixteenBitScaledSumsRoundToEvenAndSaturate) {
+  struct Case {
+    std::vector<qel16s> values;
+    qel32s want;
+  };
+  const std::vector<std::pair<int, std::vector<Case>>> groups = {
+      {1, {{{1, 2}, 2}, {{2, 3}, 2}, {{3, 4}, 4}, {{-1, -2}, -2}, {{5, 0}, 2}, {{7}, 4}}},
+      {-1, {{{7, 1}, 16}}},
+      {0,
+       {{{32767, 32767}, 65534},
+        {{32767, 32767, 32767}, 98301},
+        {{-1, -1, -1}, -3},
+        {{-32768, -32768, -32768}, -98304}}},
+      {2, {{{-3, 0, 0}, -1}}},
+      {-14, {{{32767, 32767, 32767, 32767}, 131068 << 14}}},
+      {-15,
+       {{{32767, 32767, 32767, 32767, 32767}, INT32_MAX},
+        {{-32768, -32768, -32768}, INT32_MIN},
+        {{-32768, -32768}, INT32_MIN}}},
+      {-16,
+       {{{32767, 32767, 32767}, INT32_MAX},
+        {{-1, -1, -1}, -3 << 16},
+        {{-32768, -32768, -32768}, INT32_MIN}}}};
+  for (const auto& [sf, cases] : groups) {
+    const int n = static_cast<int>(cases.size()), w = (24 + n - 1) / n * n;
+    size_t h = 0;
+    for (const Case& c : cases) h = std::max(h, c.values.size());
+    // Column c holds case c mod n, zeros below its values.
+    std::vector<qel16s> byColumn(h * w, 0), byRow(h * w, 0);
+    for (int c = 0; c < w; ++c)
+      for (size_t r = 0; r < cases[c % n].values.size(); ++r)
+        byColumn[r * w + c] = byRow[c * h + r] = cases[c % n].values[r];
+    for (const Shape& shape : {kD2Aligned, kD2SrcOff, kD2LAligned}) {
+      SCOPED_TRACE(std::string(shape.name) + ", scaleFactor " + std::to_string(sf));
+      TestMatrix<qel16s> mc(shape, int(h), w, byColumn), mr(shape, w, int(h), byRow);
+      Guarded<qel32s> cols(w), rows(w);
+      ASSERT_EQ(mc.listed
+                    ? qelsSumColumn_16s32s_D2LSfs(mc.rows.data(), int(h), cols.data(), w, sf)
+                    : qelsSumColumn_16s32s_D2Sfs(mc.base(), mc.step, int(h), cols.data(), w, sf),
+                qelStatusOk);
+      ASSERT_EQ(mr.listed ? qelsSumRow_16s32s_D2LSfs(mr.rows.data(), int(h), rows.data(), w, sf)
+                          : qelsSumRow_16s32s_D2Sfs(mr.base(), int(h), mr.step, rows.data(), w, sf),
+                qelStatusOk);
+      for (int c = 0; c < w; ++c) {
+        EXPECT_EQ(cols[c], cases[c % n].want) << "column " << c;
+        EXPECT_EQ(rows[c], cases[c % n].want) << "row " << c;
+      }
+    }
   }
 }
 
@@ -226,89 +299,79 @@ TEST(RowsColumns, SixteenBitSumsMatchReferenceOnEveryLayout) {
 TEST(RowsColumns, ReferencesAreSumsInTheirOwnOrder) {
   qtest::Rng rng(105);
   int rowsDiffer = 0, columnsDiffer = 0;
-  for (int w : {13, 39, 100}) {
+  auto check = [](auto got, const auto& x) {
+    double exact = 0, mag = 0;
+    for (auto v : x) exact += v, mag += std::fabs(double(v));
+    EXPECT_LE(std::fabs(got - exact), x.size() * std::ldexp(1.0, -24) * mag);
+  };
+  auto column = [](const auto& x) {
+    rowref::Rows<typename std::decay_t<decltype(x)>::value_type> col;
+    for (const auto& v : x) col.push_back(&v);
+    return col;
+  };
+  for (int w : {13, 39, 100})
     for (int trial = 0; trial < 50; ++trial) {
       const auto x = testData<float>(rng, w);
-      double exact = 0, mag = 0;
       float plain = 0;
-      for (float v : x) exact += v, mag += std::fabs(v), plain += v;
-      const float got = rowref::sumRow32f(x.data(), w);
-      EXPECT_LE(std::fabs(got - exact), w * std::ldexp(1.0, -24) * mag);
-      rowsDiffer += got != plain;
-      rowref::Rows<float> col;
-      for (const float& v : x) col.push_back(&v);
-      const float colSum = rowref::sumColumn<float>(col, 0);
-      EXPECT_LE(std::fabs(colSum - exact), w * std::ldexp(1.0, -24) * mag);
-      columnsDiffer += colSum != plain;
+      for (float v : x) plain += v;
+      const float row = rowref::sumRow32f(x.data(), w), col = rowref::sumColumn(column(x), 0);
+      check(row, x);
+      check(col, x);
+      rowsDiffer += row != plain;
+      columnsDiffer += col != plain;
     }
-  }
   EXPECT_GT(rowsDiffer, 0);
   EXPECT_GT(columnsDiffer, 0);
   // Long 16-bit rows pass 2^24, where the single accumulators round.
   for (int w : {1031, 2000}) {
     const auto x = testData<qel16s>(rng, w);
-    double exact = 0, mag = 0;
-    for (qel16s v : x) exact += v, mag += std::abs(v);
-    EXPECT_LE(std::fabs(rowref::sumRow16s32f(x.data(), w) - exact), w * std::ldexp(1.0, -24) * mag);
-    rowref::Rows<qel16s> col;
-    for (const qel16s& v : x) col.push_back(&v);
-    EXPECT_LE(std::fabs(rowref::sumColumn16s32f(col, 0) - exact), w * std::ldexp(1.0, -24) * mag);
+    check(rowref::sumRow16s32f(x.data(), w), x);
+    check(rowref::sumColumn16s32f(column(x), 0), x);
   }
 }
 
 // ---------------------------------------------------------------- accumulate, subtract, copy
 
 TEST(RowsColumns, AddAllRowSumAccumulatesInRowOrder) {
-  qtest::Rng rng(201);
-  for (Shape shape : kShapes)
-    for (int h : kHeights)
-      for (int w : kWidths) {
-        SCOPED_TRACE(std::string(shapeName(shape)) + " " + std::to_string(h) + "x" +
-                     std::to_string(w));
-        TestMatrix<float> m(shape, h, w, testData<float>(rng, size_t(h) * w));
-        const auto prior = testData<float>(rng, w);
-        Guarded<float> acc(w, dstOff(shape) ? 4 : 0);
-        acc.assign(prior);
-        const qelStatus st = m.listed ? qelsAddAllRowSum_32f_D2L(m.rows.data(), h, acc.data(), w)
-                                      : qelsAddAllRowSum_32f_D2(m.base(), m.step, h, acc.data(), w);
-        ASSERT_EQ(st, qelStatusOk);
-        auto want = prior;
-        rowref::addAllRowSum(m.rows, want.data(), w);
-        EXPECT_TRUE(qtest::sameArrays(acc.data(), want.data(), w));
-        EXPECT_TRUE(acc.guardsIntact());
-      }
+  forEachLayout<float>(gridSizes(), 201, [](TestMatrix<float>& m, size_t off, qtest::Rng& rng) {
+    const int w = m.width, h = m.height;
+    const auto prior = testData<float>(rng, w);
+    Guarded<float> acc(w, off);
+    acc.assign(prior);
+    ASSERT_EQ(m.listed ? qelsAddAllRowSum_32f_D2L(m.rows.data(), h, acc.data(), w)
+                       : qelsAddAllRowSum_32f_D2(m.base(), m.step, h, acc.data(), w),
+              qelStatusOk);
+    auto want = prior;
+    rowref::addAllRowSum(m.rows, want.data(), w);
+    EXPECT_TRUE(qtest::sameArrays(acc.data(), want.data(), w));
+    EXPECT_TRUE(acc.guardsIntact());
+  });
 }
 
-// Subtracts in place; the stride padding must survive.
+// Subtracts in place (the 16-bit form saturating); the stride padding must
+// survive.
 template <typename T, typename FD2, typename FD2L>
 void checkSubRow(FD2 d2, FD2L d2l, uint32_t seed) {
-  qtest::Rng rng(seed);
-  for (Shape shape : kShapes)
-    for (int h : kHeights)
-      for (int w : kWidths) {
-        SCOPED_TRACE(std::string(shapeName(shape)) + " " + std::to_string(h) + "x" +
-                     std::to_string(w));
-        const auto data = testData<T>(rng, size_t(h) * w);
-        TestMatrix<T> m(shape, h, w, data);
-        Guarded<T> vec(w, dstOff(shape) ? sizeof(T) : 0);
-        vec.assign(testData<T>(rng, w));
-        ASSERT_EQ(
-            m.listed ? d2l(vec.data(), m.ptrs(), w, h) : d2(vec.data(), w, m.base(), m.step, h),
-            qelStatusOk);
-        for (int r = 0; r < h; ++r) {
-          std::vector<T> want(w);
-          for (int c = 0; c < w; ++c) {
-            const T a = data[size_t(r) * w + c];
-            if constexpr (std::is_same_v<T, qel16s>)
-              want[c] = rowref::subSat(a, vec[c]);
-            else
-              want[c] = a - vec[c];
-          }
-          ASSERT_TRUE(qtest::sameArrays(m.row(r), want.data(), w)) << "row " << r;
-          for (int c = w; c < m.step; ++c) ASSERT_EQ(m.row(r)[c], padding<T>());
-        }
-        EXPECT_TRUE(m.guardsIntact());
-      }
+  forEachLayout<T>(gridSizes(), seed, [&](TestMatrix<T>& m, size_t off, qtest::Rng& rng) {
+    const int w = m.width, h = m.height;
+    std::vector<std::vector<T>> before;
+    for (int r = 0; r < h; ++r) before.emplace_back(m.row(r), m.row(r) + w);
+    Guarded<T> vec(w, off);
+    vec.assign(testData<T>(rng, w));
+    ASSERT_EQ(m.listed ? d2l(vec.data(), m.ptrs(), w, h) : d2(vec.data(), w, m.base(), m.step, h),
+              qelStatusOk);
+    for (int r = 0; r < h; ++r) {
+      std::vector<T> want(w);
+      for (int c = 0; c < w; ++c)
+        if constexpr (std::is_same_v<T, qel16s>)
+          want[c] = rowref::subSat(before[r][c], vec[c]);
+        else
+          want[c] = before[r][c] - vec[c];
+      ASSERT_TRUE(qtest::sameArrays(m.row(r), want.data(), w)) << "row " << r;
+    }
+    EXPECT_TRUE(m.paddingIntact());
+    EXPECT_TRUE(m.guardsIntact());
+  });
 }
 
 TEST(RowsColumns, SubRowSubtractsFromEveryRow) {
@@ -316,56 +379,23 @@ TEST(RowsColumns, SubRowSubtractsFromEveryRow) {
   checkSubRow<qel16s>(qelsSubRow_16s_D2, qelsSubRow_16s_D2L, 212);
 }
 
-// The 16-bit subtraction saturates in the vector body and in the tail.
-TEST(RowsColumns, SubRow16sSaturatesInFirstAndLastColumn) {
-  struct Case {
-    qel16s start, sub, want;
-  };
-  for (Case c : {Case{32767, -1, 32767}, Case{-32768, 1, -32768}})
-    for (int w : {16, 17, 9})
-      for (bool listed : {false, true}) {
-        SCOPED_TRACE(std::to_string(c.start) + " width " + std::to_string(w));
-        TestMatrix<qel16s> m(listed ? Shape::D2LAligned : Shape::D2Aligned, 2, w,
-                             std::vector<qel16s>(size_t(2) * w, c.start));
-        Guarded<qel16s> vec(w);
-        vec.assign(std::vector<qel16s>(w, 0));
-        vec[0] = vec[w - 1] = c.sub;
-        ASSERT_EQ(listed ? qelsSubRow_16s_D2L(vec.data(), m.ptrs(), w, 2)
-                         : qelsSubRow_16s_D2(vec.data(), w, m.base(), m.step, 2),
-                  qelStatusOk);
-        for (int r = 0; r < 2; ++r) {
-          EXPECT_EQ(m.row(r)[0], c.want);
-          EXPECT_EQ(m.row(r)[w - 1], c.want);
-          EXPECT_EQ(m.row(r)[w / 2], c.start);
-        }
-      }
-}
-
-// Packed source into a strided destination; the destination's padding
-// keeps its canary bytes. Offsets: {src misalign, dst misalign, extra step}.
+// A packed source into the rows of a strided destination (the matrix); the
+// destination's padding keeps its values.
 template <typename T, typename F>
 void checkCopyColumn(F copy, uint32_t seed) {
-  qtest::Rng rng(seed);
-  const int cases[][3] = {{0, 0, 0}, {0, 0, 1}, {int(sizeof(T)), 0, 0}, {0, int(sizeof(T)), 0}};
-  for (auto& cs : cases)
-    for (int h : kHeights)
-      for (int w : kWidths) {
-        SCOPED_TRACE(std::to_string(h) + "x" + std::to_string(w) + " case " +
-                     std::to_string(&cs - cases));
-        const int step = (w + kLanes<T> - 1) / kLanes<T> * kLanes<T> + cs[2];
-        Guarded<T> src(size_t(h) * w, cs[0]);
+  forEachLayout<T>(
+      gridSizes(), seed,
+      [&](TestMatrix<T>& m, size_t off, qtest::Rng& rng) {
+        const int w = m.width, h = m.height;
+        Guarded<T> src(size_t(h) * w, off);
         src.assign(testData<T>(rng, size_t(h) * w));
-        Guarded<T> dst(size_t(h) * step, cs[1]);
-        Guarded<T> canary(1);
-        ASSERT_EQ(copy(src.data(), w, dst.data(), step, h), qelStatusOk);
-        for (int r = 0; r < h; ++r) {
-          ASSERT_TRUE(
-              qtest::sameArrays(dst.data() + size_t(r) * step, src.data() + size_t(r) * w, w));
-          for (int c = w; c < step; ++c)
-            ASSERT_TRUE(qtest::sameBits(dst.data()[size_t(r) * step + c], canary[0]));
-        }
-        EXPECT_TRUE(dst.guardsIntact());
-      }
+        ASSERT_EQ(copy(src.data(), w, m.base(), m.step, h), qelStatusOk);
+        for (int r = 0; r < h; ++r)
+          ASSERT_TRUE(qtest::sameArrays(m.row(r), src.data() + size_t(r) * w, w)) << "row " << r;
+        EXPECT_TRUE(m.paddingIntact());
+        EXPECT_TRUE(m.guardsIntact());
+      },
+      true);
 }
 
 TEST(RowsColumns, CopyColumnSpreadsPackedRows) {
@@ -383,6 +413,7 @@ TEST(RowsColumns, AddNRowsIsAPlainSumOfSelectedRows) {
       for (int extra : {0, 3, 4})
         for (int nRows : {1, 5, 11, 12, 13, 24, 25, 37})
           for (int misalign : {0, 1, 2}) {  // none, pSrc off, pInd off
+            // extra 0 puts the stride exactly at offset + width.
             const int step = offset + w <= 8 && extra == 0 ? 8 : offset + w + extra;
             SCOPED_TRACE("offset " + std::to_string(offset) + " width " + std::to_string(w) +
                          " step " + std::to_string(step) + " nRows " + std::to_string(nRows) +
@@ -410,6 +441,8 @@ TEST(RowsColumns, AddNRowsIsAPlainSumOfSelectedRows) {
 
 // ---------------------------------------------------------------- indirect copies
 
+// Gathers; with a bad index at position `at` of row 0 (at < 0: none), the
+// call stops with row 0 written before it and nothing else touched.
 template <typename T>
 void checkIndirect(uint32_t seed,
                    qelStatus (*d2)(const T*, int, int, T*, const qel32s*, int, int, int),
@@ -418,64 +451,46 @@ void checkIndirect(uint32_t seed,
   for (int srcLen : {1, 7, 39})
     for (int dstLen : {1, 5, 13})
       for (int h : {1, 3, 13})
-        for (bool listed : {false, true}) {
-          SCOPED_TRACE(std::to_string(srcLen) + " " + std::to_string(dstLen) + " " +
-                       std::to_string(h) + (listed ? " D2L" : " D2"));
-          const int srcStep = srcLen + 2, dstStep = dstLen + 1;
-          Guarded<T> src(size_t(h) * srcStep, sizeof(T));
-          src.assign(testData<T>(rng, size_t(h) * srcStep));
-          Guarded<T> dst(size_t(h) * dstStep);
-          std::vector<int> ind(dstLen);
-          for (auto& i : ind) i = rng.integer(0, srcLen - 1);
-          std::vector<const T*> srcRows;
-          std::vector<T*> dstRows;
-          for (int r = 0; r < h; ++r) {
-            srcRows.push_back(src.data() + size_t(r) * srcStep);
-            dstRows.push_back(dst.data() + size_t(r) * dstStep);
-          }
-          ASSERT_EQ(
-              listed ? d2l(srcRows.data(), srcLen, dstRows.data(), ind.data(), dstLen, h)
-                     : d2(src.data(), srcLen, srcStep, dst.data(), ind.data(), dstLen, dstStep, h),
-              qelStatusOk);
-          Guarded<T> canary(1);
-          for (int r = 0; r < h; ++r) {
-            for (int i = 0; i < dstLen; ++i)
-              ASSERT_TRUE(qtest::sameBits(dstRows[r][i], srcRows[r][ind[i]]));
-            ASSERT_TRUE(qtest::sameBits(dstRows[r][dstLen], canary[0]));
-          }
-          EXPECT_TRUE(dst.guardsIntact());
-        }
+        for (int at : {-1, 0, dstLen - 1})
+          for (int bad : {-1, srcLen, 1000})
+            for (bool listed : {false, true}) {
+              if (at < 0 && bad != -1) continue;
+              SCOPED_TRACE(::testing::Message()
+                           << srcLen << " " << dstLen << " " << h << " bad " << bad << " at " << at
+                           << (listed ? " D2L" : " D2"));
+              const int srcStep = srcLen + 2, dstStep = dstLen + 1;
+              Guarded<T> src(size_t(h) * srcStep, sizeof(T));
+              src.assign(testData<T>(rng, size_t(h) * srcStep));
+              Guarded<T> dst(size_t(h) * dstStep);
+              std::vector<int> ind(dstLen);
+              for (auto& i : ind) i = rng.integer(0, srcLen - 1);
+              if (at >= 0) ind[at] = bad;
+              std::vector<const T*> srcRows;
+              std::vector<T*> dstRows;
+              for (int r = 0; r < h; ++r) {
+                srcRows.push_back(src.data() + size_t(r) * srcStep);
+                dstRows.push_back(dst.data() + size_t(r) * dstStep);
+              }
+              ASSERT_EQ(listed ? d2l(srcRows.data(), srcLen, dstRows.data(), ind.data(), dstLen, h)
+                               : d2(src.data(), srcLen, srcStep, dst.data(), ind.data(), dstLen,
+                                    dstStep, h),
+                        at < 0 ? qelStatusOk : qelStatusSize);
+              const Guarded<T> canary(1);
+              for (int r = 0; r < h; ++r)
+                for (int i = 0; i <= dstLen; ++i) {
+                  const bool written = i < dstLen && (at < 0 || (r == 0 && i < at));
+                  ASSERT_TRUE(
+                      qtest::sameBits(dstRows[r][i], written ? srcRows[r][ind[i]] : canary[0]))
+                      << "row " << r << ", element " << i;
+                }
+              EXPECT_TRUE(dst.guardsIntact());
+            }
 }
 
-TEST(RowsColumns, IndirectCopiesGatherColumns) {
+TEST(RowsColumns, IndirectCopiesGatherColumnsAndStopAtABadIndex) {
   checkIndirect<float>(401, qelsCopyColumn_Indirect_32f_D2, qelsCopyColumn_Indirect_32f_D2L);
   checkIndirect<double>(402, qelsCopyColumn_Indirect_64f_D2, qelsCopyColumn_Indirect_64f_D2L);
   checkIndirect<qel16s>(403, qelsCopyColumn_Indirect_16s_D2, qelsCopyColumn_Indirect_16s_D2L);
-}
-
-// A bad index at i stops the call with row 0 written before i and nothing
-// else touched.
-TEST(RowsColumns, IndirectCopyStopsAtBadIndexInRowZero) {
-  for (int bad : {-1, 6, 1000})
-    for (int at : {0, 3})
-      for (bool listed : {false, true}) {
-        qtest::Rng rng(404);
-        Guarded<float> src(3 * 8);
-        src.assign(testData<float>(rng, 24));
-        Guarded<float> dst(3 * 5);
-        int ind[5] = {5, 0, 2, 4, 1};
-        ind[at] = bad;
-        const float* srcRows[3] = {src.data(), src.data() + 8, src.data() + 16};
-        float* dstRows[3] = {dst.data(), dst.data() + 5, dst.data() + 10};
-        ASSERT_EQ(listed
-                      ? qelsCopyColumn_Indirect_32f_D2L(srcRows, 6, dstRows, ind, 5, 3)
-                      : qelsCopyColumn_Indirect_32f_D2(src.data(), 6, 8, dst.data(), ind, 5, 5, 3),
-                  qelStatusSize);
-        for (int i = 0; i < at; ++i) EXPECT_EQ(dst[i], src[ind[i]]);
-        Guarded<float> canary(1);
-        for (int k = at; k < 15; ++k) EXPECT_TRUE(qtest::sameBits(dst[k], canary[0])) << k;
-        EXPECT_TRUE(dst.guardsIntact());
-      }
 }
 
 // ---------------------------------------------------------------- argument checks
@@ -619,120 +634,6 @@ TEST(RowsColumns, ArgumentChecksRunInOrderAndWriteNothing) {
     EXPECT_EQ(c.call(), c.want) << c.what;
     EXPECT_TRUE(b.untouched()) << c.what;
     b.poison();
-  }
-}
-
-// ---------------------------------------------------------------- edge cases
-
-TEST(RowsColumns, AddNRowsStrideBoundary) {
-  Guarded<float> src(4 * 8);
-  src.assign(std::vector<float>(32, 1.5f));
-  const int ind[2] = {0, 3};
-  const unsigned short add[2] = {0, 0};
-  float dst[3] = {0, 0, 0};
-  EXPECT_EQ(qelsAddNRows_32f_D2(src.data(), 4, 5, 8, ind, add, 2, dst, 3, 2.0f), qelStatusOk);
-  EXPECT_EQ(dst[0], 5.0f);
-  EXPECT_EQ(dst[2], 5.0f);
-  EXPECT_EQ(qelsAddNRows_32f_D2(src.data(), 4, 5, 7, ind, add, 2, dst, 3, 2.0f), qelStatusStride);
-}
-
-TEST(RowsColumns, AddAllRowSumOfZeroMatrixKeepsAccumulator) {
-  for (Shape shape : {Shape::D2Aligned, Shape::D2OddStride, Shape::D2LOneRowOff}) {
-    TestMatrix<float> m(shape, 5, 13, std::vector<float>(65, 0.0f));
-    qtest::Rng rng(501);
-    const auto prior = testData<float>(rng, 13);
-    Guarded<float> acc(13);
-    acc.assign(prior);
-    ASSERT_EQ(m.listed ? qelsAddAllRowSum_32f_D2L(m.rows.data(), 5, acc.data(), 13)
-                       : qelsAddAllRowSum_32f_D2(m.base(), m.step, 5, acc.data(), 13),
-              qelStatusOk);
-    EXPECT_TRUE(qtest::sameArrays(acc.data(), prior.data(), 13));
-  }
-}
-
-TEST(RowsColumns, SumRowOfWidthOneCopies) {
-  const std::vector<float> col = {-0.0f, 3.5f, -1e-40f, std::numeric_limits<float>::infinity(),
-                                  7.0f};
-  for (Shape shape : {Shape::D2Aligned, Shape::D2SrcOff, Shape::D2LOneRowOff}) {
-    TestMatrix<float> m(shape, 5, 1, col);
-    float dst[5];
-    ASSERT_EQ(m.listed ? qelsSumRow_32f_D2L(m.rows.data(), 1, dst, 5)
-                       : qelsSumRow_32f_D2(m.base(), 1, m.step, dst, 5),
-              qelStatusOk);
-    EXPECT_TRUE(qtest::sameArrays(dst, col.data(), 5));
-  }
-}
-
-// Rounding to nearest even after the scale, and saturation at both limits.
-TEST(RowsColumns, SixteenBitScaledSumsRoundToEvenAndSaturate) {
-  struct Case {
-    std::vector<qel16s> column;
-    int scaleFactor;
-    qel32s want;
-  };
-  const Case cases[] = {{{1, 2}, 1, 2},
-                        {{2, 3}, 1, 2},
-                        {{3, 4}, 1, 4},
-                        {{-1, -2}, 1, -2},
-                        {{5, 0}, 1, 2},
-                        {{7}, 1, 4},
-                        {{7, 1}, -1, 16},
-                        {{32767, 32767}, 0, 65534},
-                        {{-3, 0, 0}, 2, -1},
-                        {{32767, 32767, 32767, 32767, 32767}, -15, INT32_MAX},
-                        {{-32768, -32768, -32768}, -15, INT32_MIN},
-                        {{32767, 32767, 32767, 32767}, -14, 131068 << 14},
-                        {{-32768, -32768}, -15, INT32_MIN}};
-  for (const auto& c : cases) {
-    const int h = static_cast<int>(c.column.size());
-    SCOPED_TRACE("height " + std::to_string(h) + " first " + std::to_string(c.column[0]) +
-                 " scaleFactor " + std::to_string(c.scaleFactor));
-    for (Shape shape : {Shape::D2Aligned, Shape::D2SrcOff, Shape::D2LAligned}) {
-      // The values as one column (three copies side by side) and as one row.
-      std::vector<qel16s> asColumns;
-      for (qel16s x : c.column) asColumns.insert(asColumns.end(), 3, x);
-      TestMatrix<qel16s> mc(shape, h, 3, asColumns);
-      TestMatrix<qel16s> mr(shape, 1, h, c.column);
-      Guarded<qel32s> cols(3), row(1);
-      ASSERT_EQ(
-          mc.listed
-              ? qelsSumColumn_16s32s_D2LSfs(mc.rows.data(), h, cols.data(), 3, c.scaleFactor)
-              : qelsSumColumn_16s32s_D2Sfs(mc.base(), mc.step, h, cols.data(), 3, c.scaleFactor),
-          qelStatusOk);
-      ASSERT_EQ(mr.listed
-                    ? qelsSumRow_16s32s_D2LSfs(mr.rows.data(), h, row.data(), 1, c.scaleFactor)
-                    : qelsSumRow_16s32s_D2Sfs(mr.base(), h, mr.step, row.data(), 1, c.scaleFactor),
-                qelStatusOk);
-      for (int k = 0; k < 3; ++k) EXPECT_EQ(cols[k], c.want) << shapeName(shape);
-      EXPECT_EQ(row[0], c.want) << shapeName(shape);
-    }
-  }
-}
-
-// Saturated and small negative results side by side in one long
-// destination: the in-place conversion must keep every one of them.
-TEST(RowsColumns, SixteenBitScaledSumsSaturateAmongOrdinaryResults) {
-  const int w = 24, h = 3;
-  std::vector<qel16s> data(size_t(h) * w);
-  for (int r = 0; r < h; ++r)
-    for (int c = 0; c < w; ++c)
-      data[size_t(r) * w + c] =
-          static_cast<qel16s>(c % 3 == 0 ? 32767 : (c % 3 == 1 ? -1 : -32768));
-  for (int sf : {-16, 0}) {
-    for (Shape shape : {Shape::D2Aligned, Shape::D2SrcOff, Shape::D2LAligned}) {
-      SCOPED_TRACE(std::string(shapeName(shape)) + " scaleFactor " + std::to_string(sf));
-      TestMatrix<qel16s> m(shape, h, w, data);
-      Guarded<qel32s> dst(w);
-      ASSERT_EQ(m.listed ? qelsSumColumn_16s32s_D2LSfs(m.rows.data(), h, dst.data(), w, sf)
-                         : qelsSumColumn_16s32s_D2Sfs(m.base(), m.step, h, dst.data(), w, sf),
-                qelStatusOk);
-      for (int c = 0; c < w; ++c) {
-        const qel32s want = c % 3 == 0
-                                ? (sf == 0 ? 3 * 32767 : INT32_MAX)
-                                : (c % 3 == 1 ? -3 << -sf : (sf == 0 ? -3 * 32768 : INT32_MIN));
-        EXPECT_EQ(dst[c], want) << "column " << c;
-      }
-    }
   }
 }
 

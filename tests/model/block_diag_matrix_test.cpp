@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "block_diag_matrix_reference.h"
 #include "model/model.h"
 #include "test_support.h"
 
@@ -26,20 +27,7 @@ std::vector<std::vector<T>> makeRows(const std::vector<int>& sizes) {
   return rows;
 }
 
-template <typename T>
-qelStatus initAlloc(BlockDMatrix** pp, const T* const* src, const int* sizes, int n);
-template <>
-qelStatus initAlloc<qel16s>(BlockDMatrix** pp, const qel16s* const* src, const int* sizes, int n) {
-  return qelsBlockDMatrixInitAlloc_16s(pp, src, sizes, n);
-}
-template <>
-qelStatus initAlloc<qel32f>(BlockDMatrix** pp, const qel32f* const* src, const int* sizes, int n) {
-  return qelsBlockDMatrixInitAlloc_32f(pp, src, sizes, n);
-}
-template <>
-qelStatus initAlloc<qel64f>(BlockDMatrix** pp, const qel64f* const* src, const int* sizes, int n) {
-  return qelsBlockDMatrixInitAlloc_64f(pp, src, sizes, n);
-}
+using qblk::initAlloc;
 
 template <typename T>
 qelStatus release(BlockDMatrix* m) {
@@ -55,8 +43,7 @@ template <typename T>
 void checkLayoutAndContents(const std::vector<int>& sizes) {
   SCOPED_TRACE(::testing::Message() << "element size " << sizeof(T) << ", blocks " << sizes.size());
   auto rows = makeRows<T>(sizes);
-  std::vector<const T*> src;
-  for (auto& r : rows) src.push_back(r.data());
+  const std::vector<const T*> src = qblk::pointers(rows);
   const long live = qelcoreTestLiveBlocks();
   BlockDMatrix* m = nullptr;
   ASSERT_EQ(initAlloc<T>(&m, src.data(), sizes.data(), static_cast<int>(sizes.size())),
@@ -142,36 +129,31 @@ TEST(BlockDiagMatrix, ArgumentChecksInOrderWriteNothing) {
   EXPECT_EQ(qelsBlockDMatrixFree_64f(nullptr), qelStatusNullPtr);
 }
 
-TEST(BlockDiagMatrix, FailedAllocationReturnsMemAllocAndLeaksNothing) {
+template <typename T>
+void checkFailedAllocation() {
   const std::vector<int> sizes = {4, 1, 3};
-  auto r16 = makeRows<qel16s>(sizes);
-  auto r32 = makeRows<qel32f>(sizes);
-  auto r64 = makeRows<qel64f>(sizes);
-  std::vector<const qel16s*> s16;
-  std::vector<const qel32f*> s32;
-  std::vector<const qel64f*> s64;
-  for (size_t i = 0; i < r16.size(); ++i) {
-    s16.push_back(r16[i].data());
-    s32.push_back(r32[i].data());
-    s64.push_back(r64[i].data());
-  }
+  const auto rows = makeRows<T>(sizes);
   BlockDMatrix* const canary = reinterpret_cast<BlockDMatrix*>(uintptr_t{0x5A5A5A5A5A5A5A5Au});
   qtest::FailingAllocator failing(0);
   BlockDMatrix* out = canary;
-  EXPECT_EQ(qelsBlockDMatrixInitAlloc_16s(&out, s16.data(), sizes.data(), 3), qelStatusMemAlloc);
-  EXPECT_EQ(qelsBlockDMatrixInitAlloc_32f(&out, s32.data(), sizes.data(), 3), qelStatusMemAlloc);
-  EXPECT_EQ(qelsBlockDMatrixInitAlloc_64f(&out, s64.data(), sizes.data(), 3), qelStatusMemAlloc);
+  EXPECT_EQ(initAlloc<T>(&out, qblk::pointers(rows).data(), sizes.data(), 3), qelStatusMemAlloc);
   EXPECT_EQ(out, canary);
   EXPECT_TRUE(failing.nothingLeaked());
 }
 
+TEST(BlockDiagMatrix, FailedAllocationReturnsMemAllocAndLeaksNothing) {
+  checkFailedAllocation<qel16s>();
+  checkFailedAllocation<qel32f>();
+  checkFailedAllocation<qel64f>();
+}
+
 TEST(BlockDiagMatrix, AnyFlavourReleasesAnyObject) {
   const std::vector<int> sizes = {2, 2};
-  auto rows = makeRows<qel64f>(sizes);
-  std::vector<const qel64f*> src = {rows[0].data(), rows[1].data(), rows[2].data(), rows[3].data()};
+  const auto rows = makeRows<qel64f>(sizes);
   const long live = qelcoreTestLiveBlocks();
   BlockDMatrix* m = nullptr;
-  ASSERT_EQ(qelsBlockDMatrixInitAlloc_64f(&m, src.data(), sizes.data(), 2), qelStatusOk);
+  ASSERT_EQ(qelsBlockDMatrixInitAlloc_64f(&m, qblk::pointers(rows).data(), sizes.data(), 2),
+            qelStatusOk);
   EXPECT_EQ(qelsBlockDMatrixFree_16s(m), qelStatusOk);
   EXPECT_EQ(qelcoreTestLiveBlocks(), live);
 }
