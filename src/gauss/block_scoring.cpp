@@ -7,11 +7,14 @@
 // Check order of the strided forms: a width above the stride (-37) before
 // anything else, then null pointers (-8), then sizes (-6). The row-pointer
 // forms have no stride: null pointers, then sizes. The array of row pointers
-// itself is not searched for nulls.
+// itself is not searched for nulls. The identity-variance forms pass their
+// mean where the others pass the variance to the shared checks, which then
+// look at it twice.
 #include <algorithm>
 #include <cstddef>
 
 #include "gauss/gauss.h"
+#include "gauss/log_add_scalar.h"
 
 namespace {
 
@@ -19,11 +22,19 @@ using qelsr::isAligned16;
 
 constexpr int kChunk = 128;
 
-// Rows from which the own loops read: a stride or an array of pointers.
+// The rows the own loops read: a stride or an array of pointers.
 template <typename T>
-const T* rowOf(const T* pSrc, int step, int r) {
-  return pSrc + static_cast<std::ptrdiff_t>(r) * step;
-}
+struct Strided {
+  const T* base;
+  int step;
+  const T* operator[](int r) const { return base + static_cast<std::ptrdiff_t>(r) * step; }
+};
+
+template <typename T>
+struct Listed {
+  const T* const* rows;
+  const T* operator[](int r) const { return rows[r]; }
+};
 
 // The wrappers' scalar form: the running value is 2*val minus the terms, and
 // the halving is the last step. Its order of additions differs from the
@@ -42,38 +53,68 @@ T scalarScore(const T* x, const T* pMean, const T* pVar, int width, T twoVal) {
 
 // Log-add of one single-precision score into its destination element, in
 // double arithmetic over the single-precision polynomial rows. The difference
-// is formed in single before it is widened; the sum is narrowed at the end.
-// The sum is (m + c[10]) + y * Horner(c[0..9]), the same order as the scalar
-// double log-add.
+// is formed in single before it is widened, so a NaN in it runs the third
+// row; the sum is narrowed at the end.
 float logAddScalar(float score, float prior) {
   const float diff = prior - score;
   double d = static_cast<double>(diff);
   const double m = static_cast<double>(prior > score ? prior : score);
   if (d > 0.0) d = -d;
   if (d < MINLOGEXP_F) return static_cast<float>(m > -4500000.0 ? m : -4500000.0);
-  const qel64f *p1, *p2, *p3;
-  GetLogAddConst_F(&p1, &p2, &p3);
-  const qel64f* c;
-  double s;
-  if (d > INT_S1_F) {
-    c = p1;
-    s = 0.0;
-  } else if (d > INT_S2_F) {
-    c = p2;
-    s = INT_S1_F;
-  } else {
-    c = p3;
-    s = INT_S2_F;
+  return static_cast<float>(qelsr::logdomain::singleRowsPolynomial(m, d));
+}
+
+// The single-precision narrow path of the scoring and log-adding forms.
+template <bool Var, bool Add, class Rows>
+void scalarRows(const Rows& rows, const qel32f* pMean, const qel32f* pVar, int width, qel32f* pDst,
+                int height, qel32f val) {
+  for (int r = 0; r < height; ++r) {
+    const qel32f score = scalarScore<Var>(rows[r], pMean, pVar, width, 2.0f * val);
+    pDst[r] = Add ? logAddScalar(score, pDst[r]) : score;
   }
-  const double y = d - s;
-  double q = c[0];
-  for (int k = 1; k < kLogAddTerms_F - 1; ++k) q = q * y + c[k];
-  return static_cast<float>((m + c[kLogAddTerms_F - 1]) + q * y);
+}
+
+// The identity-variance double maxima from 1000 rows on: their own scalar
+// loop; a NaN score keeps the destination, as in the kernels.
+constexpr int kOwnLoopRows = 1000;
+
+template <class Rows>
+void maxIdVarRows(const Rows& rows, const qel64f* pMean, int width, qel64f* pDst, int height,
+                  qel64f val) {
+  for (int r = 0; r < height; ++r) {
+    const qel64f score = scalarScore<false>(rows[r], pMean, pMean, width, 2.0 * val);
+    if (score > pDst[r]) pDst[r] = score;
+  }
 }
 
 template <typename T>
-bool rowsAligned(const T** ppSrc, int height) {
+bool rowsAligned(const T* const* ppSrc, int height) {
   return RowMatrAlErr(reinterpret_cast<const void* const*>(ppSrc), height) == 0;
+}
+
+// The aligned twin serves the strided forms when the rows and tables lie on
+// 16 bytes and the stride is a multiple of `mult` elements, the row-pointer
+// forms when every row and both tables do.
+template <typename T>
+bool alignedD2(const T* pSrc, int step, const T* pMean, const T* pVar, int mult = 4) {
+  return isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step % mult == 0;
+}
+
+template <typename T>
+bool alignedD2L(const T* const* ppSrc, int height, const T* pMean, const T* pVar) {
+  return rowsAligned(ppSrc, height) && isAligned16(pMean) && isAligned16(pVar);
+}
+
+// The kernel of a pair, and of two pairs the 256-bit one when the processor
+// runs it.
+template <class F>
+F* pick(bool aligned, F* al, F* general) {
+  return aligned ? al : general;
+}
+
+template <class F>
+F* pick(bool aligned, F* al, F* general, F* alWide, F* generalWide) {
+  return ownGaussWideKernels() ? pick(aligned, alWide, generalWide) : pick(aligned, al, general);
 }
 
 // Checks of the strided forms; 0 when the call may proceed.
@@ -103,14 +144,15 @@ inline void logAddVec(const qel64f* src, qel64f* srcDst, int n) {
   qelsLogAddVec_64f_M7(src, srcDst, n);
 }
 
-// Chunk loop of the strided log-adding forms: `score(src, buf, n)` fills
-// the buffer for n rows starting at `src`.
-template <typename T, class Score>
-void chunkLoopD2(const T* pSrc, int step, T* pDst, int height, Score score) {
+// Chunk loop of the strided log-adding forms over the score kernel `kernel`,
+// whose arguments between the stride and the score buffer are `mid`.
+template <typename T, class F, class... Mid>
+void addChunksD2(F* kernel, const T* pSrc, int step, T* pDst, int height, const T* pVal,
+                 Mid... mid) {
   ChunkBuffer<T> buf;
   for (int off = 0; off < height; off += kChunk) {
     const int n = std::min(kChunk, height - off);
-    score(rowOf(pSrc, step, off), buf.v, n);
+    kernel(Strided<T>{pSrc, step}[off], step, mid..., buf.v, n, pVal);
     logAddVec(buf.v, pDst + off, n);
   }
 }
@@ -118,25 +160,16 @@ void chunkLoopD2(const T* pSrc, int step, T* pDst, int height, Score score) {
 // Chunk loop of the row-pointer forms: the alignment of the row pointers is
 // looked at chunk by chunk, so one chunk may take the aligned kernel and the
 // next the general one.
-template <typename T, class Score>
-void chunkLoopD2L(const T** ppSrc, bool tablesAligned, T* pDst, int height, Score score) {
+template <typename T, class F, class... Mid>
+void addChunksD2L(F* al, F* general, bool tablesAligned, const T** ppSrc, T* pDst, int height,
+                  const T* pVal, Mid... mid) {
   ChunkBuffer<T> buf;
   for (int off = 0; off < height; off += kChunk) {
     const int n = std::min(kChunk, height - off);
-    const bool al = tablesAligned && rowsAligned(ppSrc + off, n);
-    score(ppSrc + off, al, buf.v, n);
+    pick(tablesAligned && rowsAligned(ppSrc + off, n), al, general)(ppSrc + off, mid..., buf.v, n,
+                                                                    pVal);
     logAddVec(buf.v, pDst + off, n);
   }
-}
-
-// The own loop of the identity-variance double maxima; a NaN score keeps the
-// destination, as in the kernels.
-constexpr int kOwnLoopRows = 1000;
-
-inline void maxIdVarOwnRow(const qel64f* x, const qel64f* pMean, int width, qel64f* dst,
-                           qel64f val) {
-  const qel64f score = scalarScore<false>(x, pMean, pMean, width, 2.0 * val);
-  if (score > *dst) *dst = score;
 }
 
 }  // namespace
@@ -149,16 +182,12 @@ QELSR_API qelStatus qelsLogGauss_32f_D2(const qel32f* pSrc, int step, const qel3
                                         const qel32f* pVar, int width, qel32f* pDst, int height,
                                         qel32f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pVar || !pDst, height)) return st;
-  if (width < 4) {
-    for (int r = 0; r < height; ++r)
-      pDst[r] = scalarScore<true>(rowOf(pSrc, step, r), pMean, pVar, width, 2.0f * val);
-  } else if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step % 4 == 0) {
-    (ownGaussWideKernels() ? qelsLogGauss_32f_D2_M7_Al_Avx2 : qelsLogGauss_32f_D2_M7_Al)(
-        pSrc, step, pMean, pVar, width, pDst, height, &val);
-  } else {
-    (ownGaussWideKernels() ? qelsLogGauss_32f_D2_M7_Avx2 : qelsLogGauss_32f_D2_M7)(
-        pSrc, step, pMean, pVar, width, pDst, height, &val);
-  }
+  if (width < 4)
+    scalarRows<true, false>(Strided<qel32f>{pSrc, step}, pMean, pVar, width, pDst, height, val);
+  else
+    pick(alignedD2(pSrc, step, pMean, pVar), qelsLogGauss_32f_D2_M7_Al, qelsLogGauss_32f_D2_M7,
+         qelsLogGauss_32f_D2_M7_Al_Avx2,
+         qelsLogGauss_32f_D2_M7_Avx2)(pSrc, step, pMean, pVar, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -166,30 +195,23 @@ QELSR_API qelStatus qelsLogGauss_32f_D2L(const qel32f** ppSrc, const qel32f* pMe
                                          const qel32f* pVar, int width, qel32f* pDst, int height,
                                          qel32f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pVar || !pDst, width, height)) return st;
-  if (width < 4) {
-    for (int r = 0; r < height; ++r)
-      pDst[r] = scalarScore<true>(ppSrc[r], pMean, pVar, width, 2.0f * val);
-  } else if (rowsAligned(ppSrc, height) && isAligned16(pMean) && isAligned16(pVar)) {
-    qelsLogGauss_32f_D2L_M7_Al(ppSrc, pMean, pVar, width, pDst, height, &val);
-  } else {
-    qelsLogGauss_32f_D2L_M7(ppSrc, pMean, pVar, width, pDst, height, &val);
-  }
+  if (width < 4)
+    scalarRows<true, false>(Listed<qel32f>{ppSrc}, pMean, pVar, width, pDst, height, val);
+  else
+    pick(alignedD2L(ppSrc, height, pMean, pVar), qelsLogGauss_32f_D2L_M7_Al,
+         qelsLogGauss_32f_D2L_M7)(ppSrc, pMean, pVar, width, pDst, height, &val);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGauss_IdVar_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
                                               int width, qel32f* pDst, int height, qel32f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pDst, height)) return st;
-  if (width < 4) {
-    for (int r = 0; r < height; ++r)
-      pDst[r] = scalarScore<false>(rowOf(pSrc, step, r), pMean, pMean, width, 2.0f * val);
-  } else if (isAligned16(pSrc) && isAligned16(pMean) && step % 4 == 0) {
-    (ownGaussWideKernels() ? qelsLGauss_IdVar_32f_D2_M7_Al_Avx2 : qelsLGauss_IdVar_32f_D2_M7_Al)(
-        pSrc, step, pMean, width, pDst, height, &val);
-  } else {
-    (ownGaussWideKernels() ? qelsLGauss_IdVar_32f_D2_M7_Avx2 : qelsLGauss_IdVar_32f_D2_M7)(
-        pSrc, step, pMean, width, pDst, height, &val);
-  }
+  if (width < 4)
+    scalarRows<false, false>(Strided<qel32f>{pSrc, step}, pMean, pMean, width, pDst, height, val);
+  else
+    pick(alignedD2(pSrc, step, pMean, pMean), qelsLGauss_IdVar_32f_D2_M7_Al,
+         qelsLGauss_IdVar_32f_D2_M7, qelsLGauss_IdVar_32f_D2_M7_Al_Avx2,
+         qelsLGauss_IdVar_32f_D2_M7_Avx2)(pSrc, step, pMean, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -197,10 +219,8 @@ QELSR_API qelStatus qelsLogGauss_IdVar_32f_D2(const qel32f* pSrc, int step, cons
 QELSR_API qelStatus qelsLogGauss_IdVar_32f_D2L(const qel32f** ppSrc, const qel32f* pMean, int width,
                                                qel32f* pDst, int height, qel32f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pDst, width, height)) return st;
-  if (rowsAligned(ppSrc, height) && isAligned16(pMean))
-    qelsLGauss_IdVar_32f_D2L_M7_Al(ppSrc, pMean, width, pDst, height, &val);
-  else
-    qelsLGauss_IdVar_32f_D2L_M7(ppSrc, pMean, width, pDst, height, &val);
+  pick(alignedD2L(ppSrc, height, pMean, pMean), qelsLGauss_IdVar_32f_D2L_M7_Al,
+       qelsLGauss_IdVar_32f_D2L_M7)(ppSrc, pMean, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -209,10 +229,8 @@ QELSR_API qelStatus qelsLogGauss_64f_D2(const qel64f* pSrc, int step, const qel6
                                         const qel64f* pVar, int width, qel64f* pDst, int height,
                                         qel64f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pVar || !pDst, height)) return st;
-  if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step % 4 == 0)
-    qelsLGauss_64f_D2_M7_Al(pSrc, step, pMean, pVar, width, pDst, height, &val);
-  else
-    qelsLGauss_64f_D2_M7(pSrc, step, pMean, pVar, width, pDst, height, &val);
+  pick(alignedD2(pSrc, step, pMean, pVar), qelsLGauss_64f_D2_M7_Al, qelsLGauss_64f_D2_M7)(
+      pSrc, step, pMean, pVar, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -220,30 +238,24 @@ QELSR_API qelStatus qelsLogGauss_64f_D2L(const qel64f** ppSrc, const qel64f* pMe
                                          const qel64f* pVar, int width, qel64f* pDst, int height,
                                          qel64f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pVar || !pDst, width, height)) return st;
-  if (rowsAligned(ppSrc, height) && isAligned16(pMean) && isAligned16(pVar))
-    qelsLGauss_64f_D2L_M7_Al(ppSrc, pMean, pVar, width, pDst, height, &val);
-  else
-    qelsLGauss_64f_D2L_M7(ppSrc, pMean, pVar, width, pDst, height, &val);
+  pick(alignedD2L(ppSrc, height, pMean, pVar), qelsLGauss_64f_D2L_M7_Al, qelsLGauss_64f_D2L_M7)(
+      ppSrc, pMean, pVar, width, pDst, height, &val);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGauss_IdVar_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
                                               int width, qel64f* pDst, int height, qel64f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pDst, height)) return st;
-  if (isAligned16(pSrc) && isAligned16(pMean) && step % 4 == 0)
-    qelsLGauss_IdVar_64f_D2_M7_Al(pSrc, step, pMean, width, pDst, height, &val);
-  else
-    qelsLGauss_IdVar_64f_D2_M7(pSrc, step, pMean, width, pDst, height, &val);
+  pick(alignedD2(pSrc, step, pMean, pMean), qelsLGauss_IdVar_64f_D2_M7_Al,
+       qelsLGauss_IdVar_64f_D2_M7)(pSrc, step, pMean, width, pDst, height, &val);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGauss_IdVar_64f_D2L(const qel64f** ppSrc, const qel64f* pMean, int width,
                                                qel64f* pDst, int height, qel64f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pDst, width, height)) return st;
-  if (rowsAligned(ppSrc, height) && isAligned16(pMean))
-    qelsLGauss_IdVar_64f_D2L_M7_Al(ppSrc, pMean, width, pDst, height, &val);
-  else
-    qelsLGauss_IdVar_64f_D2L_M7(ppSrc, pMean, width, pDst, height, &val);
+  pick(alignedD2L(ppSrc, height, pMean, pMean), qelsLGauss_IdVar_64f_D2L_M7_Al,
+       qelsLGauss_IdVar_64f_D2L_M7)(ppSrc, pMean, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -255,12 +267,9 @@ QELSR_API qelStatus qelsLogGaussMax_32f_D2(const qel32f* pSrc, int step, const q
                                            const qel32f* pVar, int width, qel32f* pDst, int height,
                                            qel32f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pVar || !pDst, height)) return st;
-  if (width >= 4 && step % 4 == 0 && isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar))
-    (ownGaussWideKernels() ? qelsLGaussMax_32f_D2_M7_Al_Avx2 : qelsLGaussMax_32f_D2_M7_Al)(
-        pSrc, step, pMean, pVar, width, pDst, height, &val);
-  else
-    (ownGaussWideKernels() ? qelsLGaussMax_32f_D2_M7_Avx2 : qelsLGaussMax_32f_D2_M7)(
-        pSrc, step, pMean, pVar, width, pDst, height, &val);
+  pick(width >= 4 && alignedD2(pSrc, step, pMean, pVar), qelsLGaussMax_32f_D2_M7_Al,
+       qelsLGaussMax_32f_D2_M7, qelsLGaussMax_32f_D2_M7_Al_Avx2,
+       qelsLGaussMax_32f_D2_M7_Avx2)(pSrc, step, pMean, pVar, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -268,33 +277,25 @@ QELSR_API qelStatus qelsLogGaussMax_32f_D2L(const qel32f** ppSrc, const qel32f* 
                                             const qel32f* pVar, int width, qel32f* pDst, int height,
                                             qel32f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pVar || !pDst, width, height)) return st;
-  if (rowsAligned(ppSrc, height) && isAligned16(pMean) && isAligned16(pVar))
-    qelsLGaussMax_32f_D2L_M7_Al(ppSrc, pMean, pVar, width, pDst, height, &val);
-  else
-    qelsLGaussMax_32f_D2L_M7(ppSrc, pMean, pVar, width, pDst, height, &val);
+  pick(alignedD2L(ppSrc, height, pMean, pVar), qelsLGaussMax_32f_D2L_M7_Al,
+       qelsLGaussMax_32f_D2L_M7)(ppSrc, pMean, pVar, width, pDst, height, &val);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGaussMax_IdVar_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
                                                  int width, qel32f* pDst, int height, qel32f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pDst, height)) return st;
-  if (width >= 4 && step % 4 == 0 && isAligned16(pSrc) && isAligned16(pMean))
-    (ownGaussWideKernels()
-         ? qelsLGaussMax_IdVar_32f_D2_M7_Al_Avx2
-         : qelsLGaussMax_IdVar_32f_D2_M7_Al)(pSrc, step, pMean, width, pDst, height, &val);
-  else
-    (ownGaussWideKernels() ? qelsLGaussMax_IdVar_32f_D2_M7_Avx2 : qelsLGaussMax_IdVar_32f_D2_M7)(
-        pSrc, step, pMean, width, pDst, height, &val);
+  pick(width >= 4 && alignedD2(pSrc, step, pMean, pMean), qelsLGaussMax_IdVar_32f_D2_M7_Al,
+       qelsLGaussMax_IdVar_32f_D2_M7, qelsLGaussMax_IdVar_32f_D2_M7_Al_Avx2,
+       qelsLGaussMax_IdVar_32f_D2_M7_Avx2)(pSrc, step, pMean, width, pDst, height, &val);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGaussMax_IdVar_32f_D2L(const qel32f** ppSrc, const qel32f* pMean,
                                                   int width, qel32f* pDst, int height, qel32f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pDst, width, height)) return st;
-  if (rowsAligned(ppSrc, height) && isAligned16(pMean))
-    qelsLGaussMax_IdVar_32f_D2L_M7_Al(ppSrc, pMean, width, pDst, height, &val);
-  else
-    qelsLGaussMax_IdVar_32f_D2L_M7(ppSrc, pMean, width, pDst, height, &val);
+  pick(alignedD2L(ppSrc, height, pMean, pMean), qelsLGaussMax_IdVar_32f_D2L_M7_Al,
+       qelsLGaussMax_IdVar_32f_D2L_M7)(ppSrc, pMean, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -302,10 +303,8 @@ QELSR_API qelStatus qelsLogGaussMax_64f_D2(const qel64f* pSrc, int step, const q
                                            const qel64f* pVar, int width, qel64f* pDst, int height,
                                            qel64f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pVar || !pDst, height)) return st;
-  if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step % 4 == 0)
-    qelsLGaussMax_64f_D2_M7_Al(pSrc, step, pMean, pVar, width, pDst, height, &val);
-  else
-    qelsLGaussMax_64f_D2_M7(pSrc, step, pMean, pVar, width, pDst, height, &val);
+  pick(alignedD2(pSrc, step, pMean, pVar), qelsLGaussMax_64f_D2_M7_Al, qelsLGaussMax_64f_D2_M7)(
+      pSrc, step, pMean, pVar, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -313,10 +312,8 @@ QELSR_API qelStatus qelsLogGaussMax_64f_D2L(const qel64f** ppSrc, const qel64f* 
                                             const qel64f* pVar, int width, qel64f* pDst, int height,
                                             qel64f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pVar || !pDst, width, height)) return st;
-  if (rowsAligned(ppSrc, height) && isAligned16(pMean) && isAligned16(pVar))
-    qelsLGaussMax_64f_D2L_M7_Al(ppSrc, pMean, pVar, width, pDst, height, &val);
-  else
-    qelsLGaussMax_64f_D2L_M7(ppSrc, pMean, pVar, width, pDst, height, &val);
+  pick(alignedD2L(ppSrc, height, pMean, pVar), qelsLGaussMax_64f_D2L_M7_Al,
+       qelsLGaussMax_64f_D2L_M7)(ppSrc, pMean, pVar, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -325,27 +322,22 @@ QELSR_API qelStatus qelsLogGaussMax_64f_D2L(const qel64f** ppSrc, const qel64f* 
 QELSR_API qelStatus qelsLogGaussMax_IdVar_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
                                                  int width, qel64f* pDst, int height, qel64f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pDst, height)) return st;
-  if (height >= kOwnLoopRows) {
-    for (int r = 0; r < height; ++r)
-      maxIdVarOwnRow(rowOf(pSrc, step, r), pMean, width, pDst + r, val);
-  } else if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pDst) && step % 4 == 0) {
-    qelsLGaussMax_IdVar_64f_D2_M7_Al(pSrc, step, pMean, width, pDst, height, &val);
-  } else {
-    qelsLGaussMax_IdVar_64f_D2_M7(pSrc, step, pMean, width, pDst, height, &val);
-  }
+  if (height >= kOwnLoopRows)
+    maxIdVarRows(Strided<qel64f>{pSrc, step}, pMean, width, pDst, height, val);
+  else
+    pick(alignedD2(pSrc, step, pMean, pDst), qelsLGaussMax_IdVar_64f_D2_M7_Al,
+         qelsLGaussMax_IdVar_64f_D2_M7)(pSrc, step, pMean, width, pDst, height, &val);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGaussMax_IdVar_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
                                                   int width, qel64f* pDst, int height, qel64f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pDst, width, height)) return st;
-  if (height >= kOwnLoopRows) {
-    for (int r = 0; r < height; ++r) maxIdVarOwnRow(ppSrc[r], pMean, width, pDst + r, val);
-  } else if (rowsAligned(ppSrc, height) && isAligned16(pMean) && isAligned16(pDst)) {
-    qelsLGaussMax_IdVar_64f_D2L_M7_Al(ppSrc, pMean, width, pDst, height, &val);
-  } else {
-    qelsLGaussMax_IdVar_64f_D2L_M7(ppSrc, pMean, width, pDst, height, &val);
-  }
+  if (height >= kOwnLoopRows)
+    maxIdVarRows(Listed<qel64f>{ppSrc}, pMean, width, pDst, height, val);
+  else
+    pick(alignedD2L<qel64f>(ppSrc, height, pMean, pDst), qelsLGaussMax_IdVar_64f_D2L_M7_Al,
+         qelsLGaussMax_IdVar_64f_D2L_M7)(ppSrc, pMean, width, pDst, height, &val);
   return qelStatusOk;
 }
 
@@ -356,21 +348,13 @@ QELSR_API qelStatus qelsLogGaussAdd_32f_D2(const qel32f* pSrc, int step, const q
                                            qel32f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pVar || !pDst, height)) return st;
   if (width < 4) {
-    for (int r = 0; r < height; ++r) {
-      const qel32f score = scalarScore<true>(rowOf(pSrc, step, r), pMean, pVar, width, 2.0f * val);
-      pDst[r] = logAddScalar(score, pDst[r]);
-    }
+    scalarRows<true, true>(Strided<qel32f>{pSrc, step}, pMean, pVar, width, pDst, height, val);
     return qelStatusOk;
   }
-  const bool al = isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step % 4 == 0;
-  chunkLoopD2(pSrc, step, pDst, height, [&](const qel32f* src, qel32f* buf, int n) {
-    if (al)
-      (ownGaussWideKernels() ? qelsLogGauss_32f_D2_M7_Al_Avx2 : qelsLogGauss_32f_D2_M7_Al)(
-          src, step, pMean, pVar, width, buf, n, &val);
-    else
-      (ownGaussWideKernels() ? qelsLogGauss_32f_D2_M7_Avx2 : qelsLogGauss_32f_D2_M7)(
-          src, step, pMean, pVar, width, buf, n, &val);
-  });
+  addChunksD2(
+      pick(alignedD2(pSrc, step, pMean, pVar), qelsLogGauss_32f_D2_M7_Al, qelsLogGauss_32f_D2_M7,
+           qelsLogGauss_32f_D2_M7_Al_Avx2, qelsLogGauss_32f_D2_M7_Avx2),
+      pSrc, step, pDst, height, &val, pMean, pVar, width);
   return qelStatusOk;
 }
 
@@ -378,13 +362,9 @@ QELSR_API qelStatus qelsLogGaussAdd_32f_D2L(const qel32f** ppSrc, const qel32f* 
                                             const qel32f* pVar, int width, qel32f* pDst, int height,
                                             qel32f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pVar || !pDst, width, height)) return st;
-  chunkLoopD2L(ppSrc, isAligned16(pMean) && isAligned16(pVar), pDst, height,
-               [&](const qel32f** rows, bool al, qel32f* buf, int n) {
-                 if (al)
-                   qelsLogGauss_32f_D2L_M7_Al(rows, pMean, pVar, width, buf, n, &val);
-                 else
-                   qelsLogGauss_32f_D2L_M7(rows, pMean, pVar, width, buf, n, &val);
-               });
+  addChunksD2L(qelsLogGauss_32f_D2L_M7_Al, qelsLogGauss_32f_D2L_M7,
+               isAligned16(pMean) && isAligned16(pVar), ppSrc, pDst, height, &val, pMean, pVar,
+               width);
   return qelStatusOk;
 }
 
@@ -392,35 +372,21 @@ QELSR_API qelStatus qelsLogGaussAdd_IdVar_32f_D2(const qel32f* pSrc, int step, c
                                                  int width, qel32f* pDst, int height, qel32f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pDst, height)) return st;
   if (width < 4) {
-    for (int r = 0; r < height; ++r) {
-      const qel32f score =
-          scalarScore<false>(rowOf(pSrc, step, r), pMean, pMean, width, 2.0f * val);
-      pDst[r] = logAddScalar(score, pDst[r]);
-    }
+    scalarRows<false, true>(Strided<qel32f>{pSrc, step}, pMean, pMean, width, pDst, height, val);
     return qelStatusOk;
   }
-  const bool al = isAligned16(pSrc) && isAligned16(pMean) && step % 4 == 0;
-  chunkLoopD2(pSrc, step, pDst, height, [&](const qel32f* src, qel32f* buf, int n) {
-    if (al)
-      (ownGaussWideKernels() ? qelsLGauss_IdVar_32f_D2_M7_Al_Avx2 : qelsLGauss_IdVar_32f_D2_M7_Al)(
-          src, step, pMean, width, buf, n, &val);
-    else
-      (ownGaussWideKernels() ? qelsLGauss_IdVar_32f_D2_M7_Avx2 : qelsLGauss_IdVar_32f_D2_M7)(
-          src, step, pMean, width, buf, n, &val);
-  });
+  addChunksD2(pick(alignedD2(pSrc, step, pMean, pMean), qelsLGauss_IdVar_32f_D2_M7_Al,
+                   qelsLGauss_IdVar_32f_D2_M7, qelsLGauss_IdVar_32f_D2_M7_Al_Avx2,
+                   qelsLGauss_IdVar_32f_D2_M7_Avx2),
+              pSrc, step, pDst, height, &val, pMean, width);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGaussAdd_IdVar_32f_D2L(const qel32f** ppSrc, const qel32f* pMean,
                                                   int width, qel32f* pDst, int height, qel32f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pDst, width, height)) return st;
-  chunkLoopD2L(ppSrc, isAligned16(pMean), pDst, height,
-               [&](const qel32f** rows, bool al, qel32f* buf, int n) {
-                 if (al)
-                   qelsLGauss_IdVar_32f_D2L_M7_Al(rows, pMean, width, buf, n, &val);
-                 else
-                   qelsLGauss_IdVar_32f_D2L_M7(rows, pMean, width, buf, n, &val);
-               });
+  addChunksD2L(qelsLGauss_IdVar_32f_D2L_M7_Al, qelsLGauss_IdVar_32f_D2L_M7, isAligned16(pMean),
+               ppSrc, pDst, height, &val, pMean, width);
   return qelStatusOk;
 }
 
@@ -430,13 +396,9 @@ QELSR_API qelStatus qelsLogGaussAdd_64f_D2(const qel64f* pSrc, int step, const q
                                            const qel64f* pVar, int width, qel64f* pDst, int height,
                                            qel64f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pVar || !pDst, height)) return st;
-  const bool al = isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step % 2 == 0;
-  chunkLoopD2(pSrc, step, pDst, height, [&](const qel64f* src, qel64f* buf, int n) {
-    if (al)
-      qelsLGauss_64f_D2_M7_Al(src, step, pMean, pVar, width, buf, n, &val);
-    else
-      qelsLGauss_64f_D2_M7(src, step, pMean, pVar, width, buf, n, &val);
-  });
+  addChunksD2(
+      pick(alignedD2(pSrc, step, pMean, pVar, 2), qelsLGauss_64f_D2_M7_Al, qelsLGauss_64f_D2_M7),
+      pSrc, step, pDst, height, &val, pMean, pVar, width);
   return qelStatusOk;
 }
 
@@ -444,39 +406,26 @@ QELSR_API qelStatus qelsLogGaussAdd_64f_D2L(const qel64f** ppSrc, const qel64f* 
                                             const qel64f* pVar, int width, qel64f* pDst, int height,
                                             qel64f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pVar || !pDst, width, height)) return st;
-  chunkLoopD2L(ppSrc, isAligned16(pMean) && isAligned16(pVar), pDst, height,
-               [&](const qel64f** rows, bool al, qel64f* buf, int n) {
-                 if (al)
-                   qelsLGauss_64f_D2L_M7_Al(rows, pMean, pVar, width, buf, n, &val);
-                 else
-                   qelsLGauss_64f_D2L_M7(rows, pMean, pVar, width, buf, n, &val);
-               });
+  addChunksD2L(qelsLGauss_64f_D2L_M7_Al, qelsLGauss_64f_D2L_M7,
+               isAligned16(pMean) && isAligned16(pVar), ppSrc, pDst, height, &val, pMean, pVar,
+               width);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGaussAdd_IdVar_64f_D2(const qel64f* pSrc, int step, const qel64f* pMean,
                                                  int width, qel64f* pDst, int height, qel64f val) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pDst, height)) return st;
-  const bool al = isAligned16(pSrc) && isAligned16(pMean) && step % 2 == 0;
-  chunkLoopD2(pSrc, step, pDst, height, [&](const qel64f* src, qel64f* buf, int n) {
-    if (al)
-      qelsLGauss_IdVar_64f_D2_M7_Al(src, step, pMean, width, buf, n, &val);
-    else
-      qelsLGauss_IdVar_64f_D2_M7(src, step, pMean, width, buf, n, &val);
-  });
+  addChunksD2(pick(alignedD2(pSrc, step, pMean, pMean, 2), qelsLGauss_IdVar_64f_D2_M7_Al,
+                   qelsLGauss_IdVar_64f_D2_M7),
+              pSrc, step, pDst, height, &val, pMean, width);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogGaussAdd_IdVar_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
                                                   int width, qel64f* pDst, int height, qel64f val) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pDst, width, height)) return st;
-  chunkLoopD2L(ppSrc, isAligned16(pMean), pDst, height,
-               [&](const qel64f** rows, bool al, qel64f* buf, int n) {
-                 if (al)
-                   qelsLGauss_IdVar_64f_D2L_M7_Al(rows, pMean, width, buf, n, &val);
-                 else
-                   qelsLGauss_IdVar_64f_D2L_M7(rows, pMean, width, buf, n, &val);
-               });
+  addChunksD2L(qelsLGauss_IdVar_64f_D2L_M7_Al, qelsLGauss_IdVar_64f_D2L_M7, isAligned16(pMean),
+               ppSrc, pDst, height, &val, pMean, width);
   return qelStatusOk;
 }
 
@@ -485,20 +434,16 @@ QELSR_API qelStatus qelsLogGaussAdd_IdVar_64f_D2L(const qel64f** ppSrc, const qe
 QELSR_API qelStatus qelsMahDist_32f_D2(const qel32f* pSrc, int step, const qel32f* pMean,
                                        const qel32f* pVar, int width, qel32f* pDst, int height) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pVar || !pDst, height)) return st;
-  if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step % 4 == 0)
-    sMahDist_32f_D2_M7_Al(pSrc, step, pMean, pVar, width, pDst, height);
-  else
-    sMahDist_32f_D2_M7(pSrc, step, pMean, pVar, width, pDst, height);
+  pick(alignedD2(pSrc, step, pMean, pVar), sMahDist_32f_D2_M7_Al, sMahDist_32f_D2_M7)(
+      pSrc, step, pMean, pVar, width, pDst, height);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsMahDist_32f_D2L(const qel32f** ppSrc, const qel32f* pMean,
                                         const qel32f* pVar, int width, qel32f* pDst, int height) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pVar || !pDst, width, height)) return st;
-  if (rowsAligned(ppSrc, height) && isAligned16(pMean) && isAligned16(pVar))
-    sMahDist_32f_D2L_M7_Al(ppSrc, pMean, pVar, width, pDst, height);
-  else
-    sMahDist_32f_D2L_M7(ppSrc, pMean, pVar, width, pDst, height);
+  pick(alignedD2L(ppSrc, height, pMean, pVar), sMahDist_32f_D2L_M7_Al, sMahDist_32f_D2L_M7)(
+      ppSrc, pMean, pVar, width, pDst, height);
   return qelStatusOk;
 }
 
@@ -508,20 +453,16 @@ QELSR_API qelStatus qelsMahDist_64f_D2(const qel64f* pSrc, int step, const qel64
                                        const qel64f* pVar, int width, qel64f* pDst, int height) {
   if (qelStatus st = checkD2(width, step, !pSrc || !pMean || !pVar || !pDst, height)) return st;
   const long long packed = (static_cast<long long>(width) + 3) & ~3LL;
-  if (isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step == packed)
-    sMahDist_64f_D2_M7_Al(pSrc, step, pMean, pVar, width, pDst, height);
-  else
-    sMahDist_64f_D2_M7(pSrc, step, pMean, pVar, width, pDst, height);
+  const bool al = isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step == packed;
+  pick(al, sMahDist_64f_D2_M7_Al, sMahDist_64f_D2_M7)(pSrc, step, pMean, pVar, width, pDst, height);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsMahDist_64f_D2L(const qel64f** ppSrc, const qel64f* pMean,
                                         const qel64f* pVar, int width, qel64f* pDst, int height) {
   if (qelStatus st = checkD2L(!ppSrc || !pMean || !pVar || !pDst, width, height)) return st;
-  if (rowsAligned(ppSrc, height) && isAligned16(pMean) && isAligned16(pVar))
-    sMahDist_64f_D2L_M7_Al(ppSrc, pMean, pVar, width, pDst, height);
-  else
-    sMahDist_64f_D2L_M7(ppSrc, pMean, pVar, width, pDst, height);
+  pick(alignedD2L(ppSrc, height, pMean, pVar), sMahDist_64f_D2L_M7_Al, sMahDist_64f_D2L_M7)(
+      ppSrc, pMean, pVar, width, pDst, height);
   return qelStatusOk;
 }
 

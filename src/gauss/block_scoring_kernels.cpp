@@ -67,57 +67,75 @@ struct Options32 {
   bool prefetch;  // prefetch ahead in mean and variance
 };
 
+// One body of the term and the column loop serves both precisions: the
+// vector operations by overload on the register type.
+inline __m128 vadd(__m128 a, __m128 b) { return _mm_add_ps(a, b); }
+inline __m128d vadd(__m128d a, __m128d b) { return _mm_add_pd(a, b); }
+inline __m128 vsub(__m128 a, __m128 b) { return _mm_sub_ps(a, b); }
+inline __m128d vsub(__m128d a, __m128d b) { return _mm_sub_pd(a, b); }
+inline __m128 vmul(__m128 a, __m128 b) { return _mm_mul_ps(a, b); }
+inline __m128d vmul(__m128d a, __m128d b) { return _mm_mul_pd(a, b); }
+template <bool Al>
+inline __m128 loadv(const float* p) {
+  return loadps<Al>(p);
+}
+template <bool Al>
+inline __m128d loadv(const double* p) {
+  return loadpd<Al>(p);
+}
+
 // d*d*v for one vector of columns of one row.
-template <bool Var>
-inline __m128 term(__m128 x, __m128 m, __m128 v) {
-  const __m128 d = _mm_sub_ps(x, m);
-  __m128 t = _mm_mul_ps(d, d);
-  if constexpr (Var) t = _mm_mul_ps(t, v);
+template <bool Var, class V>
+inline V term(V x, V m, V v) {
+  const V d = vsub(x, m);
+  V t = vmul(d, d);
+  if constexpr (Var) t = vmul(t, v);
   return t;
 }
 
-template <bool Var>
-inline float term1(float x, float m, const float* v, int c) {
-  const float d = x - m;
-  float t = d * d;
+template <bool Var, typename T>
+inline T term1(T x, T m, const T* v, int c) {
+  const T d = x - m;
+  T t = d * d;
   if constexpr (Var) t = t * v[c];
   return t;
 }
 
-// Sums the whole vectors of NR rows into a[]; returns the first column left.
-template <int NR, Options32 O>
-inline int sumVectors(const float* const (&x)[NR], const float* m, const float* v, int width,
-                      __m128 (&a)[NR]) {
-  constexpr bool Al = O.aligned;
-  __m128 v0 = _mm_setzero_ps(), v1 = _mm_setzero_ps();
-  if (width < 4) {
-    for (int r = 0; r < NR; ++r) a[r] = _mm_setzero_ps();
+// Sums the whole vectors of NR rows into a[]: the first vector starts each
+// accumulator, then two vectors a step, then one. Returns the first column
+// left.
+template <int NR, bool Al, bool Var, bool Prefetch, typename T, class V>
+inline int sumVectors(const T* const (&x)[NR], const T* m, const T* v, int width, V (&a)[NR]) {
+  constexpr int L = 16 / sizeof(T);
+  V v0{}, v1{};
+  if (width < L) {
+    for (int r = 0; r < NR; ++r) a[r] = V{};
     return 0;
   }
-  const __m128 m0 = loadps<Al>(m);
-  if constexpr (O.var) v0 = loadps<Al>(v);
-  for (int r = 0; r < NR; ++r) a[r] = term<O.var>(loadps<Al>(x[r]), m0, v0);
-  int c = 4;
-  for (; c + 8 <= width; c += 8) {
-    if constexpr (O.prefetch) {
+  const V m0 = loadv<Al>(m);
+  if constexpr (Var) v0 = loadv<Al>(v);
+  for (int r = 0; r < NR; ++r) a[r] = term<Var>(loadv<Al>(x[r]), m0, v0);
+  int c = L;
+  for (; c + 2 * L <= width; c += 2 * L) {
+    if constexpr (Prefetch) {
       _mm_prefetch(reinterpret_cast<const char*>(m + c + 32), _MM_HINT_T0);
-      if constexpr (O.var) _mm_prefetch(reinterpret_cast<const char*>(v + c + 32), _MM_HINT_T0);
+      if constexpr (Var) _mm_prefetch(reinterpret_cast<const char*>(v + c + 32), _MM_HINT_T0);
     }
-    const __m128 ma = loadps<Al>(m + c), mb = loadps<Al>(m + c + 4);
-    if constexpr (O.var) {
-      v0 = loadps<Al>(v + c);
-      v1 = loadps<Al>(v + c + 4);
+    const V ma = loadv<Al>(m + c), mb = loadv<Al>(m + c + L);
+    if constexpr (Var) {
+      v0 = loadv<Al>(v + c);
+      v1 = loadv<Al>(v + c + L);
     }
     for (int r = 0; r < NR; ++r) {
-      a[r] = _mm_add_ps(a[r], term<O.var>(loadps<Al>(x[r] + c), ma, v0));
-      a[r] = _mm_add_ps(a[r], term<O.var>(loadps<Al>(x[r] + c + 4), mb, v1));
+      a[r] = vadd(a[r], term<Var>(loadv<Al>(x[r] + c), ma, v0));
+      a[r] = vadd(a[r], term<Var>(loadv<Al>(x[r] + c + L), mb, v1));
     }
   }
-  if (c + 4 <= width) {
-    const __m128 ma = loadps<Al>(m + c);
-    if constexpr (O.var) v0 = loadps<Al>(v + c);
-    for (int r = 0; r < NR; ++r) a[r] = _mm_add_ps(a[r], term<O.var>(loadps<Al>(x[r] + c), ma, v0));
-    c += 4;
+  if (c + L <= width) {
+    const V ma = loadv<Al>(m + c);
+    if constexpr (Var) v0 = loadv<Al>(v + c);
+    for (int r = 0; r < NR; ++r) a[r] = vadd(a[r], term<Var>(loadv<Al>(x[r] + c), ma, v0));
+    c += L;
   }
   return c;
 }
@@ -173,7 +191,7 @@ inline void tailPass(const Rows& rows, int r0, const float* m, const float* v, i
   const float* x[NR];
   for (int r = 0; r < NR; ++r) x[r] = rows[r0 + r];
   __m128 a[NR];
-  int c = sumVectors<NR, O>(x, m, v, width, a);
+  int c = sumVectors<NR, O.aligned, O.var, O.prefetch>(x, m, v, width, a);
   float s[NR];
   if constexpr (NR == 2) {
     const __m128 h = _mm_hadd_ps(a[0], a[1]);
@@ -217,7 +235,7 @@ void block32(const Rows& rows, const float* m, const float* v, int width, float*
       sumStraight<10, O>(x, m, v, a);
       c = 40;
     } else {
-      c = sumVectors<4, O>(x, m, v, width, a);
+      c = sumVectors<4, O.aligned, O.var, O.prefetch>(x, m, v, width, a);
     }
     // Lane r of s is the folded sum of row r.
     __m128 s = _mm_hadd_ps(_mm_hadd_ps(a[0], a[1]), _mm_hadd_ps(a[2], a[3]));
@@ -255,55 +273,6 @@ struct Options64 {
   bool dstAligned;  // pDst on 16 bytes: the pair of scores is loaded and stored aligned
 };
 
-template <bool Var>
-inline __m128d term(__m128d x, __m128d m, __m128d v) {
-  const __m128d d = _mm_sub_pd(x, m);
-  __m128d t = _mm_mul_pd(d, d);
-  if constexpr (Var) t = _mm_mul_pd(t, v);
-  return t;
-}
-
-template <bool Var>
-inline double term1(double x, double m, const double* v, int c) {
-  const double d = x - m;
-  double t = d * d;
-  if constexpr (Var) t = t * v[c];
-  return t;
-}
-
-template <int NR, Options64 O>
-inline int sumVectors(const double* const (&x)[NR], const double* m, const double* v, int width,
-                      __m128d (&a)[NR]) {
-  constexpr bool Al = O.aligned;
-  __m128d v0 = _mm_setzero_pd(), v1 = _mm_setzero_pd();
-  if (width < 2) {
-    for (int r = 0; r < NR; ++r) a[r] = _mm_setzero_pd();
-    return 0;
-  }
-  const __m128d m0 = loadpd<Al>(m);
-  if constexpr (O.var) v0 = loadpd<Al>(v);
-  for (int r = 0; r < NR; ++r) a[r] = term<O.var>(loadpd<Al>(x[r]), m0, v0);
-  int c = 2;
-  for (; c + 4 <= width; c += 4) {
-    const __m128d ma = loadpd<Al>(m + c), mb = loadpd<Al>(m + c + 2);
-    if constexpr (O.var) {
-      v0 = loadpd<Al>(v + c);
-      v1 = loadpd<Al>(v + c + 2);
-    }
-    for (int r = 0; r < NR; ++r) {
-      a[r] = _mm_add_pd(a[r], term<O.var>(loadpd<Al>(x[r] + c), ma, v0));
-      a[r] = _mm_add_pd(a[r], term<O.var>(loadpd<Al>(x[r] + c + 2), mb, v1));
-    }
-  }
-  if (c + 2 <= width) {
-    const __m128d ma = loadpd<Al>(m + c);
-    if constexpr (O.var) v0 = loadpd<Al>(v + c);
-    for (int r = 0; r < NR; ++r) a[r] = _mm_add_pd(a[r], term<O.var>(loadpd<Al>(x[r] + c), ma, v0));
-    c += 2;
-  }
-  return c;
-}
-
 template <Options64 O, class Rows>
 void block64(const Rows& rows, const double* m, const double* v, int width, double* dst, int height,
              double val) {
@@ -314,7 +283,7 @@ void block64(const Rows& rows, const double* m, const double* v, int width, doub
   for (; r + 2 <= height; r += 2) {
     const double* const x[2] = {rows[r], rows[r + 1]};
     __m128d a[2];
-    int c = sumVectors<2, O>(x, m, v, width, a);
+    int c = sumVectors<2, O.aligned, O.var, false>(x, m, v, width, a);
     __m128d s = _mm_hadd_pd(a[0], a[1]);
     if (c < width) {
       __m128d vc = _mm_setzero_pd();
@@ -334,7 +303,7 @@ void block64(const Rows& rows, const double* m, const double* v, int width, doub
   if (r < height) {
     const double* const x[1] = {rows[r]};
     __m128d a[1];
-    int c = sumVectors<1, O>(x, m, v, width, a);
+    int c = sumVectors<1, O.aligned, O.var, false>(x, m, v, width, a);
     double s = _mm_cvtsd_f64(_mm_hadd_pd(a[0], a[0]));
     if (c < width) s = s + term1<O.var>(x[0][c], m[c], v, c);
     if constexpr (O.fate == Fate::Dist) {

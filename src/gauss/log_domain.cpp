@@ -2,8 +2,6 @@
 // accumulator, log-sum of a vector and log-subtract. The checks run in the
 // order length, then pointers; the log-subtract looks at every element
 // before it writes anything.
-#include <cmath>
-
 #include "gauss/gauss.h"
 #include "gauss/log_add_scalar.h"
 
@@ -11,19 +9,16 @@ using namespace qelsr::logdomain;
 
 namespace {
 
+// The log-subtracts look at every element before they write one.
 template <typename T>
-inline qelStatus checkArgs(const T* pSrc, const T* pSrcDst, int len) {
-  if (len < 1) return qelStatusSize;
-  if (pSrc == nullptr || pSrcDst == nullptr) return qelStatusNullPtr;
+qelStatus logSub(const T* pSrc, T* pSrcDst, int len) {
+  if (const qelStatus st = checkLogArgs(pSrc, pSrcDst, len); st != qelStatusOk) return st;
+  if (!subtrahendsBelow(pSrc, pSrcDst, len)) return qelStatusRange;
+  for (int i = 0; i < len; ++i) {
+    const T d = pSrcDst[i] - pSrc[i];  // in the precision of the data
+    pSrcDst[i] = logSubStep(pSrc[i], static_cast<qel64f>(d));
+  }
   return qelStatusOk;
-}
-
-// A subtrahend must lie strictly below its minuend; NaN fails too.
-template <typename T>
-inline bool subtrahendsBelow(const T* pSrc, const T* pSrcDst, int len) {
-  for (int i = 0; i < len; ++i)
-    if (!(pSrcDst[i] < pSrc[i])) return false;
-  return true;
 }
 
 }  // namespace
@@ -31,7 +26,7 @@ inline bool subtrahendsBelow(const T* pSrc, const T* pSrcDst, int len) {
 extern "C" {
 
 QELSR_API qelStatus qelsLogAdd_32f(const qel32f* pSrc, qel32f* pSrcDst, int len) {
-  if (const qelStatus st = checkArgs(pSrc, pSrcDst, len); st != qelStatusOk) return st;
+  if (const qelStatus st = checkLogArgs(pSrc, pSrcDst, len); st != qelStatusOk) return st;
   qelsLogAddVec_32f_U8_sp(pSrc, pSrcDst, len);
   return qelStatusOk;
 }
@@ -39,7 +34,7 @@ QELSR_API qelStatus qelsLogAdd_32f(const qel32f* pSrc, qel32f* pSrcDst, int len)
 // The hint is looked at after the argument checks: an unknown one ends the
 // call with success and nothing written.
 QELSR_API qelStatus qelsLogAdd_64f(const qel64f* pSrc, qel64f* pSrcDst, int len, int hint) {
-  if (const qelStatus st = checkArgs(pSrc, pSrcDst, len); st != qelStatusOk) return st;
+  if (const qelStatus st = checkLogArgs(pSrc, pSrcDst, len); st != qelStatusOk) return st;
   if (hint < 0 || hint > 2) return qelStatusOk;
   const Rows rows = doubleRows();
   for (int i = 0; i < len; ++i) pSrcDst[i] = logAdd64f(pSrc[i], pSrcDst[i], rows);
@@ -47,14 +42,14 @@ QELSR_API qelStatus qelsLogAdd_64f(const qel64f* pSrc, qel64f* pSrcDst, int len,
 }
 
 QELSR_API qelStatus qelsLogSum_32f(const qel32f* pSrc, qel32f* pDst, int len) {
-  if (const qelStatus st = checkArgs(pSrc, pDst, len); st != qelStatusOk) return st;
+  if (const qelStatus st = checkLogArgs(pSrc, pDst, len); st != qelStatusOk) return st;
   pDst[0] = pSrc[0];
   if (len > 1) qelsLogSum_32f_M7(pSrc, pDst, len);
   return qelStatusOk;
 }
 
 QELSR_API qelStatus qelsLogSum_64f(const qel64f* pSrc, qel64f* pDst, int len) {
-  if (const qelStatus st = checkArgs(pSrc, pDst, len); st != qelStatusOk) return st;
+  if (const qelStatus st = checkLogArgs(pSrc, pDst, len); st != qelStatusOk) return st;
   pDst[0] = pSrc[0];
   if (len > 1) qelsLogSum_64f_M7(pSrc, pDst, len);
   return qelStatusOk;
@@ -64,37 +59,11 @@ QELSR_API qelStatus qelsLogSum_64f(const qel64f* pSrc, qel64f* pDst, int len) {
 // minuend below log zero rises to it); a difference of 1 - exp(d) too small
 // for a single logarithm gives log zero.
 QELSR_API qelStatus qelsLogSub_32f(const qel32f* pSrc, qel32f* pSrcDst, int len) {
-  if (const qelStatus st = checkArgs(pSrc, pSrcDst, len); st != qelStatusOk) return st;
-  if (!subtrahendsBelow(pSrc, pSrcDst, len)) return qelStatusRange;
-  for (int i = 0; i < len; ++i) {
-    const qel32f x = pSrc[i];
-    const qel32f d = pSrcDst[i] - x;
-    if (static_cast<qel64f>(d) < MINLOGEXP_F) {
-      pSrcDst[i] = x < LOGZERO_F ? LOGZERO_F : x;
-      continue;
-    }
-    const qel64f oneMinus = 1.0 - std::exp(static_cast<qel64f>(d));
-    pSrcDst[i] = oneMinus <= 1.0057e-37
-                     ? LOGZERO_F
-                     : static_cast<qel32f>(static_cast<qel64f>(x) + std::log(oneMinus));
-  }
-  return qelStatusOk;
+  return logSub(pSrc, pSrcDst, len);
 }
 
 QELSR_API qelStatus qelsLogSub_64f(const qel64f* pSrc, qel64f* pSrcDst, int len) {
-  if (const qelStatus st = checkArgs(pSrc, pSrcDst, len); st != qelStatusOk) return st;
-  if (!subtrahendsBelow(pSrc, pSrcDst, len)) return qelStatusRange;
-  for (int i = 0; i < len; ++i) {
-    const qel64f x = pSrc[i];
-    const qel64f d = pSrcDst[i] - x;
-    if (d < MINLOGEXP) {
-      pSrcDst[i] = x < LOGSMALL ? LOGZERO : x;
-      continue;
-    }
-    const qel64f oneMinus = 1.0 - std::exp(d);
-    pSrcDst[i] = oneMinus <= 2.45e-308 ? LOGZERO : x + std::log(oneMinus);
-  }
-  return qelStatusOk;
+  return logSub(pSrc, pSrcDst, len);
 }
 
 }  // extern "C"

@@ -50,8 +50,7 @@ inline T truncSat(qel64f v) {
 
 template <typename T>
 qelStatus logAddFixed(const T* pSrc, T* pSrcDst, int len, int scaleFactor) {
-  if (len < 1) return qelStatusSize;
-  if (pSrc == nullptr || pSrcDst == nullptr) return qelStatusNullPtr;
+  if (const qelStatus st = checkLogArgs(pSrc, pSrcDst, len); st != qelStatusOk) return st;
   alignas(32) qel32f bufSrc[kChunk];
   alignas(32) qel32f bufDst[kChunk];
   const qel32f scale = inScale(scaleFactor);
@@ -71,8 +70,7 @@ qelStatus logAddFixed(const T* pSrc, T* pSrcDst, int len, int scaleFactor) {
 // each later chunk preceded by the running result.
 template <typename T>
 qelStatus logSumFixed(const T* pSrc, T* pDst, int len, int scaleFactor) {
-  if (len < 1) return qelStatusSize;
-  if (pSrc == nullptr || pDst == nullptr) return qelStatusNullPtr;
+  if (const qelStatus st = checkLogArgs(pSrc, pDst, len); st != qelStatusOk) return st;
   if (len == 1) {
     pDst[0] = pSrc[0];
     return qelStatusOk;
@@ -107,25 +105,14 @@ qelStatus logSumFixed(const T* pSrc, T* pDst, int len, int scaleFactor) {
 // 2^scaleFactor in double (exact), truncated and saturated.
 template <typename T>
 qelStatus logSubFixed(const T* pSrc, T* pSrcDst, int len, int scaleFactor) {
-  if (len < 1) return qelStatusSize;
-  if (pSrc == nullptr || pSrcDst == nullptr) return qelStatusNullPtr;
-  for (int i = 0; i < len; ++i)
-    if (!(pSrcDst[i] < pSrc[i])) return qelStatusRange;
+  if (const qelStatus st = checkLogArgs(pSrc, pSrcDst, len); st != qelStatusOk) return st;
+  if (!subtrahendsBelow(pSrc, pSrcDst, len)) return qelStatusRange;
   const qel32f scale = inScale(scaleFactor);
   const qel64f outScale = GetScale_32s64f(-scaleFactor);
   for (int i = 0; i < len; ++i) {
     const qel32f xs = static_cast<qel32f>(pSrc[i]);
     const qel32f ys = static_cast<qel32f>(pSrcDst[i]);
-    const qel32f x = xs * scale;
-    const qel64f d = static_cast<qel64f>((ys - xs) * scale);
-    qel32f r;
-    if (d < MINLOGEXP_F) {
-      r = x < LOGZERO_F ? LOGZERO_F : x;
-    } else {
-      const qel64f oneMinus = 1.0 - std::exp(d);
-      r = oneMinus <= 1.0057e-37 ? LOGZERO_F
-                                 : static_cast<qel32f>(static_cast<qel64f>(x) + std::log(oneMinus));
-    }
+    const qel32f r = logSubStep(xs * scale, static_cast<qel64f>((ys - xs) * scale));
     pSrcDst[i] = truncSat<T>(static_cast<qel64f>(r) * outScale);
   }
   return qelStatusOk;

@@ -92,39 +92,6 @@ class Fenced {
   float* data_ = nullptr;
 };
 
-// ------------------------------------------------------------ block scores
-
-using BlockFn = void (*)(const qel32f*, int, const qel32f*, const qel32f*, int, qel32f*, int,
-                         const qel32f*);
-using BlockIdFn = void (*)(const qel32f*, int, const qel32f*, int, qel32f*, int, const qel32f*);
-
-struct BlockCase {
-  const char* name;
-  BlockFn sse, wide;        // with inverse variances
-  BlockIdFn sseId, wideId;  // identity
-  bool aligned;             // the _Al twin: 16-byte data, step a multiple of 4
-  bool accumulates;         // maxima read the destination
-};
-
-const BlockCase kBlockCases[] = {
-    {"LogGauss", qelsLogGauss_32f_D2_M7, qelsLogGauss_32f_D2_M7_Avx2, nullptr, nullptr, false,
-     false},
-    {"LogGauss_Al", qelsLogGauss_32f_D2_M7_Al, qelsLogGauss_32f_D2_M7_Al_Avx2, nullptr, nullptr,
-     true, false},
-    {"LGauss_IdVar", nullptr, nullptr, qelsLGauss_IdVar_32f_D2_M7, qelsLGauss_IdVar_32f_D2_M7_Avx2,
-     false, false},
-    {"LGauss_IdVar_Al", nullptr, nullptr, qelsLGauss_IdVar_32f_D2_M7_Al,
-     qelsLGauss_IdVar_32f_D2_M7_Al_Avx2, true, false},
-    {"LGaussMax", qelsLGaussMax_32f_D2_M7, qelsLGaussMax_32f_D2_M7_Avx2, nullptr, nullptr, false,
-     true},
-    {"LGaussMax_Al", qelsLGaussMax_32f_D2_M7_Al, qelsLGaussMax_32f_D2_M7_Al_Avx2, nullptr, nullptr,
-     true, true},
-    {"LGaussMax_IdVar", nullptr, nullptr, qelsLGaussMax_IdVar_32f_D2_M7,
-     qelsLGaussMax_IdVar_32f_D2_M7_Avx2, false, true},
-    {"LGaussMax_IdVar_Al", nullptr, nullptr, qelsLGaussMax_IdVar_32f_D2_M7_Al,
-     qelsLGaussMax_IdVar_32f_D2_M7_Al_Avx2, true, true},
-};
-
 // Where the inputs lie. The aligned twins see 16-byte data with strides
 // that are multiples of 4; the general ones also see data 4 to 12 bytes off,
 // packed odd strides, and data that ends at an inaccessible page.
@@ -146,157 +113,137 @@ std::string where(const char* name, int width, int height, const Layout& lay) {
          (lay.packed ? " packed" : "") + (lay.atEnd ? " at the end" : "");
 }
 
-TEST(WideScoring, BlockKernelsMatchTheirTwinsBitForBit) {
-  REQUIRE_AVX2();
-  qtest::Rng rng(2026);
-  for (const BlockCase& k : kBlockCases) {
-    for (const Layout& lay : layoutsFor(k.aligned))
-      for (int width : kWidths)
-        for (int height : kHeights) {
-          const int step = lay.packed ? width : (width + 3) / 4 * 4 + 4;
-          Fenced src(static_cast<size_t>(height) * step, lay.misalign, lay.atEnd);
-          Fenced mean(width, lay.misalign, lay.atEnd), var(width, lay.misalign, lay.atEnd);
-          ASSERT_TRUE(src.ok() && mean.ok() && var.ok());
-          Guarded<float> dstSse(height), dstWide(height);
-          for (size_t i = 0; i < src.size(); ++i) src[i] = rng.uniform(-4.0f, 4.0f);
-          for (int c = 0; c < width; ++c) {
-            mean[c] = rng.uniform(-2.0f, 2.0f);
-            var[c] = rng.uniform(0.05f, 3.0f);
-          }
-          // Specials in a few rows; the rows are independent, so the other
-          // rows still check ordinary sums.
-          if (height >= 3) sprinkleSpecials(rng, src.data(), static_cast<int>(src.size()), 3);
-          for (int r = 0; r < height; ++r) {
-            const float d = rng.integer(0, 9) == 0 ? kNaN : rng.uniform(-80.0f, 10.0f);
-            dstSse[r] = k.accumulates ? d : 0.0f;
-            dstWide[r] = dstSse[r];
-          }
-          const float val = rng.uniform(-30.0f, 5.0f);
-          if (k.sse) {
-            k.sse(src.data(), step, mean.data(), var.data(), width, dstSse.data(), height, &val);
-            k.wide(src.data(), step, mean.data(), var.data(), width, dstWide.data(), height, &val);
-          } else {
-            k.sseId(src.data(), step, mean.data(), width, dstSse.data(), height, &val);
-            k.wideId(src.data(), step, mean.data(), width, dstWide.data(), height, &val);
-          }
-          SCOPED_TRACE(where(k.name, width, height, lay));
-          ASSERT_TRUE(sameBitsOrBothNaN(dstWide.data(), dstSse.data(), height));
-          ASSERT_TRUE(dstWide.guardsIntact());
-        }
-  }
-}
+// Everything one call needs; a table entry runs one kernel on it.
+struct Data {
+  const float *src, *mean, *var, *val;
+  const float *const *pm, *const *pv;  // row pointers of the mixture D2L forms
+  int step, width, height;
+};
+using Run = void (*)(const Data&, float* dst);
 
-// ------------------------------------------------------------ mixture scores
-
-using MixD2Fn = void (*)(const qel32f*, const qel32f*, int, const qel32f*, int, qel32f*, int);
-using MixD2LFn = void (*)(const qel32f* const*, const qel32f* const*, const qel32f*, int, qel32f*,
-                          int);
-using MaxD2Fn = void (*)(const qel32f*, const qel32f*, int, const qel32f*, int, const qel32f*,
-                         qel32f*, int);
-using MaxD2LFn = void (*)(const qel32f* const*, const qel32f* const*, const qel32f*, int,
-                          const qel32f*, qel32f*, int);
-
-struct MixCase {
+struct Case {
   const char* name;
-  MixD2Fn sseD2 = nullptr, wideD2 = nullptr;
-  MixD2LFn sseD2L = nullptr, wideD2L = nullptr;
-  MaxD2Fn sseMaxD2 = nullptr, wideMaxD2 = nullptr;
-  MaxD2LFn sseMaxD2L = nullptr, wideMaxD2L = nullptr;
-  bool aligned = false;
+  Run sse, wide;
+  bool aligned;      // the _Al twin: 16-byte data, step a multiple of 4
+  bool accumulates;  // reads the destination (maxima)
+  bool inPlace;      // the destination holds the constants on entry
 };
 
-std::vector<MixCase> mixCases() {
-  std::vector<MixCase> v(8);
-  v[0].name = "MultiMix_D2";
-  v[0].sseD2 = qelsLGaussMultiMix_32f_D2_M7;
-  v[0].wideD2 = qelsLGaussMultiMix_32f_D2_M7_Avx2;
-  v[1].name = "MultiMix_D2_Al";
-  v[1].sseD2 = qelsLGaussMultiMix_32f_D2_M7_Al;
-  v[1].wideD2 = qelsLGaussMultiMix_32f_D2_M7_Al_Avx2;
-  v[1].aligned = true;
-  v[2].name = "MultiMix_D2L";
-  v[2].sseD2L = qelsLGaussMultiMix_32f_D2L_M7;
-  v[2].wideD2L = qelsLGaussMultiMix_32f_D2L_M7_Avx2;
-  v[3].name = "MultiMix_D2L_Al";
-  v[3].sseD2L = qelsLGaussMultiMix_32f_D2L_M7_Al;
-  v[3].wideD2L = qelsLGaussMultiMix_32f_D2L_M7_Al_Avx2;
-  v[3].aligned = true;
-  v[4].name = "MaxMultiMix_D2";
-  v[4].sseMaxD2 = qelsLGaussMaxMultiMix_32f_D2_M7;
-  v[4].wideMaxD2 = qelsLGaussMaxMultiMix_32f_D2_M7_Avx2;
-  v[5].name = "MaxMultiMix_D2_Al";
-  v[5].sseMaxD2 = qelsLGaussMaxMultiMix_32f_D2_M7_Al;
-  v[5].wideMaxD2 = qelsLGaussMaxMultiMix_32f_D2_M7_Al_Avx2;
-  v[5].aligned = true;
-  v[6].name = "MaxMultiMix_D2L";
-  v[6].sseMaxD2L = qelsLGaussMaxMultiMix_32f_D2L_M7;
-  v[6].wideMaxD2L = qelsLGaussMaxMultiMix_32f_D2L_M7_Avx2;
-  v[7].name = "MaxMultiMix_D2L_Al";
-  v[7].sseMaxD2L = qelsLGaussMaxMultiMix_32f_D2L_M7_Al;
-  v[7].wideMaxD2L = qelsLGaussMaxMultiMix_32f_D2L_M7_Al_Avx2;
-  v[7].aligned = true;
-  return v;
-}
-
-TEST(WideScoring, MixtureKernelsMatchTheirTwinsBitForBit) {
-  REQUIRE_AVX2();
-  qtest::Rng rng(1247);
-  for (const MixCase& k : mixCases()) {
-    for (const Layout& lay : layoutsFor(k.aligned))
+// One score per row, or one per mixture component, into dst: the 16-byte
+// kernel and its 256-bit twin see the same inputs and the same destination.
+template <class Fill>
+void checkTwins(const Case* cases, size_t count, uint32_t seed, bool mixture, Fill fill) {
+  qtest::Rng rng(seed);
+  for (const Case* k = cases; k != cases + count; ++k)
+    for (const Layout& lay : layoutsFor(k->aligned))
       for (int width : kWidths)
         for (int height : kHeights) {
           const int step = lay.packed ? width : (width + 3) / 4 * 4 + 4;
           const size_t n = static_cast<size_t>(height) * step;
-          Fenced mean(n, lay.misalign, lay.atEnd), var(n, lay.misalign, lay.atEnd);
-          Fenced src(width, lay.misalign, lay.atEnd), val(height, lay.misalign, lay.atEnd);
-          ASSERT_TRUE(mean.ok() && var.ok() && src.ok() && val.ok());
+          // Block scores: rows in src, one Gaussian in mean/var. Mixtures:
+          // one frame in src, a Gaussian per row of mean/var.
+          const size_t srcN = mixture ? width : n, tabN = mixture ? n : width;
+          Fenced src(srcN, lay.misalign, lay.atEnd), mean(tabN, lay.misalign, lay.atEnd),
+              var(tabN, lay.misalign, lay.atEnd), val(height, lay.misalign, lay.atEnd);
+          ASSERT_TRUE(src.ok() && mean.ok() && var.ok() && val.ok());
           Guarded<float> dstSse(height), dstWide(height);
-          for (size_t i = 0; i < n; ++i) {
-            mean[i] = rng.uniform(-2.0f, 2.0f);
-            var[i] = rng.uniform(0.05f, 3.0f);
+          fill(rng, src, mean, var, width, height);
+          for (int r = 0; r < height; ++r) {
+            val[r] = rng.uniform(-30.0f, 5.0f);
+            const float d = rng.integer(0, 9) == 0 ? kNaN : rng.uniform(-80.0f, 10.0f);
+            dstSse[r] = k->inPlace ? val[r] : k->accumulates ? d : 0.0f;
+            dstWide[r] = dstSse[r];
           }
-          for (int c = 0; c < width; ++c) src[c] = rng.uniform(-3.0f, 3.0f);
-          if (height >= 3) sprinkleSpecials(rng, mean.data(), static_cast<int>(n), 2);
-          if (height >= 5) sprinkleSpecials(rng, var.data(), static_cast<int>(n), 1);
-          if (height == 129 && width == 39) src[rng.integer(0, width - 1)] = kNaN;
-          for (int m = 0; m < height; ++m) {
-            val[m] = rng.uniform(-30.0f, 5.0f);
-            dstSse[m] = rng.integer(0, 9) == 0 ? kNaN : rng.uniform(-80.0f, 10.0f);
-            if (k.sseD2 || k.sseD2L) dstSse[m] = val[m];  // in place: the constants
-            dstWide[m] = dstSse[m];
-          }
-          // Row pointers of the D2L forms; the aligned twin keeps each row on
-          // 16 bytes, the general one sees a row 4 bytes off.
+          // The general twins of the row-pointer forms see a row 4 bytes off.
           std::vector<const float*> pm(height), pv(height);
-          for (int m = 0; m < height; ++m) {
-            pm[m] = mean.data() + static_cast<size_t>(m) * step;
-            pv[m] = var.data() + static_cast<size_t>(m) * step;
+          for (int r = 0; r < height; ++r) {
+            pm[r] = mean.data() + static_cast<size_t>(r) * step;
+            pv[r] = var.data() + static_cast<size_t>(r) * step;
           }
-          if (!k.aligned && height > 1 && !lay.packed && step > width) {
+          if (mixture && !k->aligned && height > 1 && !lay.packed && step > width) {
             pm[height / 2] += 1;
             pv[height / 2] += 1;
           }
-          if (k.sseD2) {
-            k.sseD2(mean.data(), var.data(), step, src.data(), width, dstSse.data(), height);
-            k.wideD2(mean.data(), var.data(), step, src.data(), width, dstWide.data(), height);
-          } else if (k.sseD2L) {
-            k.sseD2L(pm.data(), pv.data(), src.data(), width, dstSse.data(), height);
-            k.wideD2L(pm.data(), pv.data(), src.data(), width, dstWide.data(), height);
-          } else if (k.sseMaxD2) {
-            k.sseMaxD2(mean.data(), var.data(), step, src.data(), width, val.data(), dstSse.data(),
-                       height);
-            k.wideMaxD2(mean.data(), var.data(), step, src.data(), width, val.data(),
-                        dstWide.data(), height);
-          } else {
-            k.sseMaxD2L(pm.data(), pv.data(), src.data(), width, val.data(), dstSse.data(), height);
-            k.wideMaxD2L(pm.data(), pv.data(), src.data(), width, val.data(), dstWide.data(),
-                         height);
-          }
-          SCOPED_TRACE(where(k.name, width, height, lay));
+          const Data data{src.data(), mean.data(), var.data(), val.data(), pm.data(),
+                          pv.data(),  step,        width,      height};
+          k->sse(data, dstSse.data());
+          k->wide(data, dstWide.data());
+          SCOPED_TRACE(where(k->name, width, height, lay));
           ASSERT_TRUE(sameBitsOrBothNaN(dstWide.data(), dstSse.data(), height));
           ASSERT_TRUE(dstWide.guardsIntact());
         }
-  }
+}
+
+// ------------------------------------------------------------ block scores
+
+#define BLOCK(f) \
+  [](const Data& a, float* d) { f(a.src, a.step, a.mean, a.var, a.width, d, a.height, a.val); }
+#define BLOCK_ID(f) \
+  [](const Data& a, float* d) { f(a.src, a.step, a.mean, a.width, d, a.height, a.val); }
+#define TWINS(M, f, ...) M(f), M(f##_Avx2), __VA_ARGS__
+
+// The block kernels read the constant from val[0].
+const Case kBlockCases[] = {
+    {"LogGauss", TWINS(BLOCK, qelsLogGauss_32f_D2_M7, false, false, false)},
+    {"LogGauss_Al", TWINS(BLOCK, qelsLogGauss_32f_D2_M7_Al, true, false, false)},
+    {"LGauss_IdVar", TWINS(BLOCK_ID, qelsLGauss_IdVar_32f_D2_M7, false, false, false)},
+    {"LGauss_IdVar_Al", TWINS(BLOCK_ID, qelsLGauss_IdVar_32f_D2_M7_Al, true, false, false)},
+    {"LGaussMax", TWINS(BLOCK, qelsLGaussMax_32f_D2_M7, false, true, false)},
+    {"LGaussMax_Al", TWINS(BLOCK, qelsLGaussMax_32f_D2_M7_Al, true, true, false)},
+    {"LGaussMax_IdVar", TWINS(BLOCK_ID, qelsLGaussMax_IdVar_32f_D2_M7, false, true, false)},
+    {"LGaussMax_IdVar_Al", TWINS(BLOCK_ID, qelsLGaussMax_IdVar_32f_D2_M7_Al, true, true, false)},
+};
+
+TEST(WideScoring, BlockKernelsMatchTheirTwinsBitForBit) {
+  REQUIRE_AVX2();
+  checkTwins(kBlockCases, std::size(kBlockCases), 2026, false,
+             [](qtest::Rng& rng, Fenced& src, Fenced& mean, Fenced& var, int width, int height) {
+               for (size_t i = 0; i < src.size(); ++i) src[i] = rng.uniform(-4.0f, 4.0f);
+               for (int c = 0; c < width; ++c) {
+                 mean[c] = rng.uniform(-2.0f, 2.0f);
+                 var[c] = rng.uniform(0.05f, 3.0f);
+               }
+               // Specials in a few rows; the rows are independent, so the
+               // other rows still check ordinary sums.
+               if (height >= 3) sprinkleSpecials(rng, src.data(), static_cast<int>(src.size()), 3);
+             });
+}
+
+// ------------------------------------------------------------ mixture scores
+
+#define MIX(f) \
+  [](const Data& a, float* d) { f(a.mean, a.var, a.step, a.src, a.width, d, a.height); }
+#define MIX_L(f) [](const Data& a, float* d) { f(a.pm, a.pv, a.src, a.width, d, a.height); }
+#define MAX(f) \
+  [](const Data& a, float* d) { f(a.mean, a.var, a.step, a.src, a.width, a.val, d, a.height); }
+#define MAX_L(f) [](const Data& a, float* d) { f(a.pm, a.pv, a.src, a.width, a.val, d, a.height); }
+
+// The plain mixtures work in place over the constants.
+const Case kMixCases[] = {
+    {"MultiMix_D2", TWINS(MIX, qelsLGaussMultiMix_32f_D2_M7, false, false, true)},
+    {"MultiMix_D2_Al", TWINS(MIX, qelsLGaussMultiMix_32f_D2_M7_Al, true, false, true)},
+    {"MultiMix_D2L", TWINS(MIX_L, qelsLGaussMultiMix_32f_D2L_M7, false, false, true)},
+    {"MultiMix_D2L_Al", TWINS(MIX_L, qelsLGaussMultiMix_32f_D2L_M7_Al, true, false, true)},
+    {"MaxMultiMix_D2", TWINS(MAX, qelsLGaussMaxMultiMix_32f_D2_M7, false, true, false)},
+    {"MaxMultiMix_D2_Al", TWINS(MAX, qelsLGaussMaxMultiMix_32f_D2_M7_Al, true, true, false)},
+    {"MaxMultiMix_D2L", TWINS(MAX_L, qelsLGaussMaxMultiMix_32f_D2L_M7, false, true, false)},
+    {"MaxMultiMix_D2L_Al", TWINS(MAX_L, qelsLGaussMaxMultiMix_32f_D2L_M7_Al, true, true, false)},
+};
+
+TEST(WideScoring, MixtureKernelsMatchTheirTwinsBitForBit) {
+  REQUIRE_AVX2();
+  checkTwins(kMixCases, std::size(kMixCases), 1247, true,
+             [](qtest::Rng& rng, Fenced& src, Fenced& mean, Fenced& var, int width, int height) {
+               for (size_t i = 0; i < mean.size(); ++i) {
+                 mean[i] = rng.uniform(-2.0f, 2.0f);
+                 var[i] = rng.uniform(0.05f, 3.0f);
+               }
+               for (int c = 0; c < width; ++c) src[c] = rng.uniform(-3.0f, 3.0f);
+               if (height >= 3)
+                 sprinkleSpecials(rng, mean.data(), static_cast<int>(mean.size()), 2);
+               if (height >= 5) sprinkleSpecials(rng, var.data(), static_cast<int>(var.size()), 1);
+               if (height == 129 && width == 39) src[rng.integer(0, width - 1)] = kNaN;
+             });
 }
 
 // The one-time answer agrees with the processor; on this machine it decides
