@@ -98,6 +98,36 @@ bool shortlistStrideOk(int rowBytes, int nCols, int bitOffset) {
 // Toggles, not sets: a bit named twice returns to its former state.
 inline void toggleBit(qel8u* row, std::int64_t p) { row[p >> 3] ^= bitMask(p); }
 
+// The four shortlist fills: the checks in their order, then the toggles.
+// `n` consecutive runs of indices, run r holding pCounts[r] entries (the
+// Var forms) or `per`. By row, each index names bit bitOffset + index of
+// row r; by column, bit bitOffset + r of the row the index names. The row
+// form with counts looks at them before the stride, the column form after.
+template <bool ByColumn>
+qelStatus fillShortlist(const qel32s* pIndx, bool var, const qel32s* pCounts, int per,
+                        qel8u* const* ppDst, int height, int rowBytes, int bitOffset, int nCols) {
+  if (ppDst == nullptr || pIndx == nullptr || (var && pCounts == nullptr)) return qelStatusNullPtr;
+  if (!var && per < 1) return qelStatusSize;
+  if (const qelStatus st = checkShortlistSizes(height, nCols, rowBytes, bitOffset);
+      st != qelStatusOk)
+    return st;
+  const int n = ByColumn ? nCols : height;
+  std::int64_t total = static_cast<std::int64_t>(per) * n;
+  if (var && !ByColumn && !countsPositive(pCounts, n, &total)) return qelStatusSize;
+  if (!shortlistStrideOk(rowBytes, nCols, bitOffset)) return qelStatusStride;
+  if (var && ByColumn && !countsPositive(pCounts, n, &total)) return qelStatusSize;
+  if (!indicesInRange(pIndx, total, ByColumn ? height : nCols)) return qelStatusBadArg;
+  const qel32s* idx = pIndx;
+  for (int r = 0; r < n; ++r)
+    for (int j = 0, count = var ? pCounts[r] : per; j < count; ++j, ++idx) {
+      if constexpr (ByColumn)
+        toggleBit(ppDst[*idx], static_cast<std::int64_t>(bitOffset) + r);
+      else
+        toggleBit(ppDst[r], static_cast<std::int64_t>(bitOffset) + *idx);
+    }
+  return qelStatusOk;
+}
+
 }  // namespace
 
 extern "C" {
@@ -204,75 +234,27 @@ QELSR_API qelStatus qelsBuildSignTable_Var_8u1u(const qel32s* pIndx, const qel32
 QELSR_API qelStatus qelsFillShortlist_Row_1u(const qel32s* pIndx, int nCols, int nPerRow,
                                              qel8u* const* ppDst, int height, int rowBytes,
                                              int bitOffset) {
-  if (ppDst == nullptr || pIndx == nullptr) return qelStatusNullPtr;
-  if (nPerRow < 1) return qelStatusSize;
-  if (const qelStatus st = checkShortlistSizes(height, nCols, rowBytes, bitOffset);
-      st != qelStatusOk)
-    return st;
-  if (!shortlistStrideOk(rowBytes, nCols, bitOffset)) return qelStatusStride;
-  const std::int64_t count = static_cast<std::int64_t>(nPerRow) * height;
-  if (!indicesInRange(pIndx, count, nCols)) return qelStatusBadArg;
-  const qel32s* idx = pIndx;
-  for (int r = 0; r < height; ++r)
-    for (int j = 0; j < nPerRow; ++j, ++idx)
-      toggleBit(ppDst[r], static_cast<std::int64_t>(bitOffset) + *idx);
-  return qelStatusOk;
+  return fillShortlist<false>(pIndx, false, nullptr, nPerRow, ppDst, height, rowBytes, bitOffset,
+                              nCols);
 }
 
 QELSR_API qelStatus qelsFillShortlist_RowVar_1u(const qel32s* pIndx, const qel32s* pCounts,
                                                 int nCols, qel8u* const* ppDst, int height,
                                                 int rowBytes, int bitOffset) {
-  if (ppDst == nullptr || pIndx == nullptr || pCounts == nullptr) return qelStatusNullPtr;
-  if (const qelStatus st = checkShortlistSizes(height, nCols, rowBytes, bitOffset);
-      st != qelStatusOk)
-    return st;
-  // The row form looks at its counts before the stride, the column form
-  // after it.
-  std::int64_t total;
-  if (!countsPositive(pCounts, height, &total)) return qelStatusSize;
-  if (!shortlistStrideOk(rowBytes, nCols, bitOffset)) return qelStatusStride;
-  if (!indicesInRange(pIndx, total, nCols)) return qelStatusBadArg;
-  const qel32s* idx = pIndx;
-  for (int r = 0; r < height; ++r)
-    for (int j = 0; j < pCounts[r]; ++j, ++idx)
-      toggleBit(ppDst[r], static_cast<std::int64_t>(bitOffset) + *idx);
-  return qelStatusOk;
+  return fillShortlist<false>(pIndx, true, pCounts, 0, ppDst, height, rowBytes, bitOffset, nCols);
 }
 
 QELSR_API qelStatus qelsFillShortlist_Column_1u(const qel32s* pIndx, int nPerCol,
                                                 qel8u* const* ppDst, int height, int rowBytes,
                                                 int bitOffset, int nCols) {
-  if (ppDst == nullptr || pIndx == nullptr) return qelStatusNullPtr;
-  if (nPerCol < 1) return qelStatusSize;
-  if (const qelStatus st = checkShortlistSizes(height, nCols, rowBytes, bitOffset);
-      st != qelStatusOk)
-    return st;
-  if (!shortlistStrideOk(rowBytes, nCols, bitOffset)) return qelStatusStride;
-  const std::int64_t count = static_cast<std::int64_t>(nPerCol) * nCols;
-  if (!indicesInRange(pIndx, count, height)) return qelStatusBadArg;
-  const qel32s* idx = pIndx;
-  for (int c = 0; c < nCols; ++c)
-    for (int j = 0; j < nPerCol; ++j, ++idx)
-      toggleBit(ppDst[*idx], static_cast<std::int64_t>(bitOffset) + c);
-  return qelStatusOk;
+  return fillShortlist<true>(pIndx, false, nullptr, nPerCol, ppDst, height, rowBytes, bitOffset,
+                             nCols);
 }
 
 QELSR_API qelStatus qelsFillShortlist_ColumnVar_1u(const qel32s* pIndx, const qel32s* pCounts,
                                                    qel8u* const* ppDst, int height, int rowBytes,
                                                    int bitOffset, int nCols) {
-  if (ppDst == nullptr || pIndx == nullptr || pCounts == nullptr) return qelStatusNullPtr;
-  if (const qelStatus st = checkShortlistSizes(height, nCols, rowBytes, bitOffset);
-      st != qelStatusOk)
-    return st;
-  if (!shortlistStrideOk(rowBytes, nCols, bitOffset)) return qelStatusStride;
-  std::int64_t total;
-  if (!countsPositive(pCounts, nCols, &total)) return qelStatusSize;
-  if (!indicesInRange(pIndx, total, height)) return qelStatusBadArg;
-  const qel32s* idx = pIndx;
-  for (int c = 0; c < nCols; ++c)
-    for (int j = 0; j < pCounts[c]; ++j, ++idx)
-      toggleBit(ppDst[*idx], static_cast<std::int64_t>(bitOffset) + c);
-  return qelStatusOk;
+  return fillShortlist<true>(pIndx, true, pCounts, 0, ppDst, height, rowBytes, bitOffset, nCols);
 }
 
 }  // extern "C"

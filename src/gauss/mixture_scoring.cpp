@@ -244,345 +244,346 @@ inline T mixtureChunks(int height, ScoreChunk scoreChunk) {
   return buf[0];
 }
 
+// ---------------------------------------------------------------- kernel choice
+
+// The twin by alignment; single data also have 256-bit passes, taken where
+// the processor has them (they keep the order of additions of the twins).
+template <typename F>
+F pick(bool al, F plain, F aligned) {
+  return al ? aligned : plain;
+}
+template <typename F>
+F pick(bool al, F plain, F aligned, F wide, F wideAligned) {
+  return ownGaussWideKernels() ? (al ? wideAligned : wide) : (al ? aligned : plain);
+}
+
+template <typename T>
+struct Kernels;
+
+template <>
+struct Kernels<qel32f> {
+  static auto multiD2(bool al) {
+    return pick(al, qelsLGaussMultiMix_32f_D2_M7, qelsLGaussMultiMix_32f_D2_M7_Al,
+                qelsLGaussMultiMix_32f_D2_M7_Avx2, qelsLGaussMultiMix_32f_D2_M7_Al_Avx2);
+  }
+  static auto multiD2L(bool al) {
+    return pick(al, qelsLGaussMultiMix_32f_D2L_M7, qelsLGaussMultiMix_32f_D2L_M7_Al,
+                qelsLGaussMultiMix_32f_D2L_M7_Avx2, qelsLGaussMultiMix_32f_D2L_M7_Al_Avx2);
+  }
+  static auto maxD2(bool al) {
+    return pick(al, qelsLGaussMaxMultiMix_32f_D2_M7, qelsLGaussMaxMultiMix_32f_D2_M7_Al,
+                qelsLGaussMaxMultiMix_32f_D2_M7_Avx2, qelsLGaussMaxMultiMix_32f_D2_M7_Al_Avx2);
+  }
+  static auto maxD2L(bool al) {
+    return pick(al, qelsLGaussMaxMultiMix_32f_D2L_M7, qelsLGaussMaxMultiMix_32f_D2L_M7_Al,
+                qelsLGaussMaxMultiMix_32f_D2L_M7_Avx2, qelsLGaussMaxMultiMix_32f_D2L_M7_Al_Avx2);
+  }
+  static auto distD2(bool al) {
+    return pick(al, sMahDistMultiMix_32f_D2_M7, sMahDistMultiMix_32f_D2_M7_Al);
+  }
+  static auto distD2L(bool al) {
+    return pick(al, sMahDistMultiMix_32f_D2L_M7, sMahDistMultiMix_32f_D2L_M7_Al);
+  }
+};
+
+template <>
+struct Kernels<qel64f> {
+  static auto multiD2(bool al) {
+    return pick(al, qelsLGaussMultiMix_64f_D2_M7, qelsLGaussMultiMix_64f_D2_M7_Al);
+  }
+  static auto multiD2L(bool al) {
+    return pick(al, qelsLGaussMultiMix_64f_D2L_M7, qelsLGaussMultiMix_64f_D2L_M7_Al);
+  }
+  static auto maxD2(bool al) {
+    return pick(al, qelsLGaussMaxMultiMix_64f_D2_M7, qelsLGaussMaxMultiMix_64f_D2_M7_Al);
+  }
+  static auto maxD2L(bool al) {
+    return pick(al, qelsLGaussMaxMultiMix_64f_D2L_M7, qelsLGaussMaxMultiMix_64f_D2L_M7_Al);
+  }
+  static auto distD2(bool al) {
+    return pick(al, sMahDistMultiMix_64f_D2_M7, sMahDistMultiMix_64f_D2_M7_Al);
+  }
+  static auto distD2L(bool al) {
+    return pick(al, sMahDistMultiMix_64f_D2L_M7, sMahDistMultiMix_64f_D2L_M7_Al);
+  }
+};
+
+template <typename T>
+constexpr bool kDouble = sizeof(T) == sizeof(qel64f);
+
+// The own loops' stores: a score in place, and the greater of score and
+// destination (a NaN score keeps the destination).
+inline auto inPlace(qel64f* pSrcDst) {
+  return [pSrcDst](int m, double s) { pSrcDst[m] = score64f(pSrcDst[m], s); };
+}
+inline auto greater(const qel64f* pVal, qel64f* pSrcDst) {
+  return [pVal, pSrcDst](int m, double s) {
+    const double sc = score64f(pVal[m], s);
+    pSrcDst[m] = sc > pSrcDst[m] ? sc : pSrcDst[m];
+  };
+}
+
+// ---------------------------------------------------------------- the wrappers of both types
+
+template <typename T>
+qelStatus multiMixD2(const T* pMean, const T* pVar, int step, const T* pSrc, int width, T* pSrcDst,
+                     int height) {
+  const qelStatus st = checkStrideFirst(anyNull(pMean, pVar, pSrc, pSrcDst), step, width, height);
+  if (st != qelStatusOk) return st;
+  if constexpr (kDouble<T>) {
+    if (height >= kOwnLoopHeight) {
+      ownLoop64f(RowsD2<T>{pMean, pVar, step}, pSrc, width, height, inPlace(pSrcDst));
+      return qelStatusOk;
+    }
+  }
+  Kernels<T>::multiD2(d2Aligned(pSrc, pMean, pVar, step))(pMean, pVar, step, pSrc, width, pSrcDst,
+                                                          height);
+  return qelStatusOk;
+}
+
+template <typename T>
+qelStatus multiMixD2L(const T** ppMean, const T** ppVar, const T* pSrc, int width, T* pSrcDst,
+                      int height) {
+  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pSrcDst), width, height);
+  if (st != qelStatusOk) return st;
+  if constexpr (kDouble<T>) {
+    if (height >= kOwnLoopHeight) {
+      ownLoop64f(RowsD2L<T>{ppMean, ppVar}, pSrc, width, height, inPlace(pSrcDst));
+      return qelStatusOk;
+    }
+  }
+  Kernels<T>::multiD2L(d2lAligned(pSrc, ppMean, ppVar, height))(ppMean, ppVar, pSrc, width, pSrcDst,
+                                                                height);
+  return qelStatusOk;
+}
+
+// The aligned single kernels of the maximum also load the constants four at
+// a time on 16 bytes.
+template <typename T>
+bool valAligned(const T* pVal) {
+  return kDouble<T> || isAligned16(pVal);
+}
+
+template <typename T>
+qelStatus maxMultiMixD2(const T* pMean, const T* pVar, int step, const T* pSrc, int width,
+                        const T* pVal, T* pSrcDst, int height) {
+  const qelStatus st =
+      checkStrideFirst(anyNull(pMean, pVar, pSrc, pVal, pSrcDst), step, width, height);
+  if (st != qelStatusOk) return st;
+  if constexpr (kDouble<T>) {
+    if (height >= kOwnLoopHeight) {
+      ownLoop64f(RowsD2<T>{pMean, pVar, step}, pSrc, width, height, greater(pVal, pSrcDst));
+      return qelStatusOk;
+    }
+  }
+  Kernels<T>::maxD2(d2Aligned(pSrc, pMean, pVar, step) && valAligned(pVal))(
+      pMean, pVar, step, pSrc, width, pVal, pSrcDst, height);
+  return qelStatusOk;
+}
+
+template <typename T>
+qelStatus maxMultiMixD2L(const T** ppMean, const T** ppVar, const T* pSrc, int width, const T* pVal,
+                         T* pSrcDst, int height) {
+  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pVal, pSrcDst), width, height);
+  if (st != qelStatusOk) return st;
+  if constexpr (kDouble<T>) {
+    if (height >= kOwnLoopHeight) {
+      ownLoop64f(RowsD2L<T>{ppMean, ppVar}, pSrc, width, height, greater(pVal, pSrcDst));
+      return qelStatusOk;
+    }
+  }
+  Kernels<T>::maxD2L(d2lAligned(pSrc, ppMean, ppVar, height) && valAligned(pVal))(
+      ppMean, ppVar, pSrc, width, pVal, pSrcDst, height);
+  return qelStatusOk;
+}
+
+template <typename T>
+qelStatus addMultiMixD2(const T* pMean, const T* pVar, int step, const T* pSrc, int width,
+                        const T* pVal, T* pSrcDst, int height) {
+  const qelStatus st =
+      checkStrideFirst(anyNull(pMean, pVar, pSrc, pVal, pSrcDst), step, width, height);
+  if (st != qelStatusOk) return st;
+  // The double log-add wants only an even stride, which keeps every double
+  // row on 16 bytes.
+  const bool al =
+      kDouble<T> ? isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step % 2 == 0
+                 : d2Aligned(pSrc, pMean, pVar, step);
+  const auto kernel = Kernels<T>::multiD2(al);
+  addChunks(pVal, pSrcDst, height, [&](int m0, int n, T* buf) {
+    kernel(pMean + rowOffset(m0, step), pVar + rowOffset(m0, step), step, pSrc, width, buf, n);
+  });
+  return qelStatusOk;
+}
+
+template <typename T>
+qelStatus addMultiMixD2L(const T** ppMean, const T** ppVar, const T* pSrc, int width, const T* pVal,
+                         T* pSrcDst, int height) {
+  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pVal, pSrcDst), width, height);
+  if (st != qelStatusOk) return st;
+  if constexpr (kDouble<T>) {
+    if (height >= kOwnLoopHeight) {
+      const qel64f* rows[3];
+      GetLogAddConst(&rows[0], &rows[1], &rows[2]);
+      ownLoop64f(RowsD2L<T>{ppMean, ppVar}, pSrc, width, height, [&](int m, double s) {
+        pSrcDst[m] = logAddScalar64f(score64f(pVal[m], s), pSrcDst[m], rows);
+      });
+      return qelStatusOk;
+    }
+  }
+  addChunks(pVal, pSrcDst, height, [&](int m0, int n, T* buf) {
+    // The rows of each chunk decide its twin on their own.
+    Kernels<T>::multiD2L(d2lAligned(pSrc, ppMean + m0, ppVar + m0, n))(ppMean + m0, ppVar + m0,
+                                                                       pSrc, width, buf, n);
+  });
+  return qelStatusOk;
+}
+
+template <typename T>
+qelStatus mahDistMultiMixD2(const T* pMean, const T* pVar, int step, const T* pSrc, int width,
+                            T* pDst, int height) {
+  const qelStatus st = checkStrideFirst(anyNull(pMean, pVar, pSrc, pDst), step, width, height);
+  if (st != qelStatusOk) return st;
+  Kernels<T>::distD2(d2Aligned(pSrc, pMean, pVar, step))(pMean, pVar, step, pSrc, width, pDst,
+                                                         height);
+  return qelStatusOk;
+}
+
+template <typename T>
+qelStatus mahDistMultiMixD2L(const T** ppMean, const T** ppVar, const T* pSrc, int width, T* pDst,
+                             int height) {
+  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pDst), width, height);
+  if (st != qelStatusOk) return st;
+  Kernels<T>::distD2L(d2lAligned(pSrc, ppMean, ppVar, height))(ppMean, ppVar, pSrc, width, pDst,
+                                                               height);
+  return qelStatusOk;
+}
+
+template <typename T>
+qelStatus mixtureD2(const T* pSrc, const T* pMean, const T* pVar, int height, int step, int width,
+                    const T* pVal, T* pResult) {
+  const qelStatus st =
+      checkPointersFirst(anyNull(pSrc, pMean, pVar, pVal, pResult), step, width, height);
+  if (st != qelStatusOk) return st;
+  const auto kernel = Kernels<T>::multiD2(d2Aligned(pSrc, pMean, pVar, step));
+  *pResult = mixtureChunks<T>(height, [&](int m0, int n, T* chunk) {
+    copyVals(pVal + m0, chunk, n);
+    kernel(pMean + rowOffset(m0, step), pVar + rowOffset(m0, step), step, pSrc, width, chunk, n);
+  });
+  return qelStatusOk;
+}
+
+template <typename T>
+qelStatus mixtureD2L(const T* pSrc, const T** ppMean, const T** ppVar, int height, int width,
+                     const T* pVal, T* pResult) {
+  const qelStatus st = checkRowPointers(anyNull(pSrc, ppMean, ppVar, pVal, pResult), width, height);
+  if (st != qelStatusOk) return st;
+  *pResult = mixtureChunks<T>(height, [&](int m0, int n, T* chunk) {
+    copyVals(pVal + m0, chunk, n);
+    Kernels<T>::multiD2L(d2lAligned(pSrc, ppMean + m0, ppVar + m0, n))(ppMean + m0, ppVar + m0,
+                                                                       pSrc, width, chunk, n);
+  });
+  return qelStatusOk;
+}
+
 }  // namespace
 
 extern "C" {
 
-// ================================================================ MultiMix: scores in place
-
 qelStatus qelsLogGaussMultiMix_32f_D2(const qel32f* pMean, const qel32f* pVar, int step,
                                       const qel32f* pSrc, int width, qel32f* pSrcDst, int height) {
-  const qelStatus st = checkStrideFirst(anyNull(pMean, pVar, pSrc, pSrcDst), step, width, height);
-  if (st != qelStatusOk) return st;
-  if (d2Aligned(pSrc, pMean, pVar, step))
-    (ownGaussWideKernels()
-         ? qelsLGaussMultiMix_32f_D2_M7_Al_Avx2
-         : qelsLGaussMultiMix_32f_D2_M7_Al)(pMean, pVar, step, pSrc, width, pSrcDst, height);
-  else
-    (ownGaussWideKernels() ? qelsLGaussMultiMix_32f_D2_M7_Avx2 : qelsLGaussMultiMix_32f_D2_M7)(
-        pMean, pVar, step, pSrc, width, pSrcDst, height);
-  return qelStatusOk;
+  return multiMixD2(pMean, pVar, step, pSrc, width, pSrcDst, height);
 }
-
 qelStatus qelsLogGaussMultiMix_32f_D2L(const qel32f** ppMean, const qel32f** ppVar,
                                        const qel32f* pSrc, int width, qel32f* pSrcDst, int height) {
-  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pSrcDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (d2lAligned(pSrc, ppMean, ppVar, height))
-    (ownGaussWideKernels()
-         ? qelsLGaussMultiMix_32f_D2L_M7_Al_Avx2
-         : qelsLGaussMultiMix_32f_D2L_M7_Al)(ppMean, ppVar, pSrc, width, pSrcDst, height);
-  else
-    (ownGaussWideKernels() ? qelsLGaussMultiMix_32f_D2L_M7_Avx2 : qelsLGaussMultiMix_32f_D2L_M7)(
-        ppMean, ppVar, pSrc, width, pSrcDst, height);
-  return qelStatusOk;
+  return multiMixD2L(ppMean, ppVar, pSrc, width, pSrcDst, height);
 }
-
 qelStatus qelsLogGaussMultiMix_64f_D2(const qel64f* pMean, const qel64f* pVar, int step,
                                       const qel64f* pSrc, int width, qel64f* pSrcDst, int height) {
-  const qelStatus st = checkStrideFirst(anyNull(pMean, pVar, pSrc, pSrcDst), step, width, height);
-  if (st != qelStatusOk) return st;
-  if (height >= kOwnLoopHeight) {
-    ownLoop64f(RowsD2<qel64f>{pMean, pVar, step}, pSrc, width, height,
-               [&](int m, double s) { pSrcDst[m] = score64f(pSrcDst[m], s); });
-  } else if (d2Aligned(pSrc, pMean, pVar, step)) {
-    qelsLGaussMultiMix_64f_D2_M7_Al(pMean, pVar, step, pSrc, width, pSrcDst, height);
-  } else {
-    qelsLGaussMultiMix_64f_D2_M7(pMean, pVar, step, pSrc, width, pSrcDst, height);
-  }
-  return qelStatusOk;
+  return multiMixD2(pMean, pVar, step, pSrc, width, pSrcDst, height);
 }
-
 qelStatus qelsLogGaussMultiMix_64f_D2L(const qel64f** ppMean, const qel64f** ppVar,
                                        const qel64f* pSrc, int width, qel64f* pSrcDst, int height) {
-  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pSrcDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (height >= kOwnLoopHeight) {
-    ownLoop64f(RowsD2L<qel64f>{ppMean, ppVar}, pSrc, width, height,
-               [&](int m, double s) { pSrcDst[m] = score64f(pSrcDst[m], s); });
-  } else if (d2lAligned(pSrc, ppMean, ppVar, height)) {
-    qelsLGaussMultiMix_64f_D2L_M7_Al(ppMean, ppVar, pSrc, width, pSrcDst, height);
-  } else {
-    qelsLGaussMultiMix_64f_D2L_M7(ppMean, ppVar, pSrc, width, pSrcDst, height);
-  }
-  return qelStatusOk;
+  return multiMixD2L(ppMean, ppVar, pSrc, width, pSrcDst, height);
 }
-
-// ================================================================ maximum
 
 qelStatus qelsLogGaussMaxMultiMix_32f_D2(const qel32f* pMean, const qel32f* pVar, int step,
                                          const qel32f* pSrc, int width, const qel32f* pVal,
                                          qel32f* pSrcDst, int height) {
-  const qelStatus st =
-      checkStrideFirst(anyNull(pMean, pVar, pSrc, pVal, pSrcDst), step, width, height);
-  if (st != qelStatusOk) return st;
-  // The aligned kernel also loads the constants four at a time on 16 bytes.
-  if (d2Aligned(pSrc, pMean, pVar, step) && isAligned16(pVal))
-    (ownGaussWideKernels() ? qelsLGaussMaxMultiMix_32f_D2_M7_Al_Avx2
-                           : qelsLGaussMaxMultiMix_32f_D2_M7_Al)(pMean, pVar, step, pSrc, width,
-                                                                 pVal, pSrcDst, height);
-  else
-    (ownGaussWideKernels()
-         ? qelsLGaussMaxMultiMix_32f_D2_M7_Avx2
-         : qelsLGaussMaxMultiMix_32f_D2_M7)(pMean, pVar, step, pSrc, width, pVal, pSrcDst, height);
-  return qelStatusOk;
+  return maxMultiMixD2(pMean, pVar, step, pSrc, width, pVal, pSrcDst, height);
 }
-
 qelStatus qelsLogGaussMaxMultiMix_32f_D2L(const qel32f** ppMean, const qel32f** ppVar,
                                           const qel32f* pSrc, int width, const qel32f* pVal,
                                           qel32f* pSrcDst, int height) {
-  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pVal, pSrcDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (d2lAligned(pSrc, ppMean, ppVar, height) && isAligned16(pVal))
-    (ownGaussWideKernels()
-         ? qelsLGaussMaxMultiMix_32f_D2L_M7_Al_Avx2
-         : qelsLGaussMaxMultiMix_32f_D2L_M7_Al)(ppMean, ppVar, pSrc, width, pVal, pSrcDst, height);
-  else
-    (ownGaussWideKernels()
-         ? qelsLGaussMaxMultiMix_32f_D2L_M7_Avx2
-         : qelsLGaussMaxMultiMix_32f_D2L_M7)(ppMean, ppVar, pSrc, width, pVal, pSrcDst, height);
-  return qelStatusOk;
+  return maxMultiMixD2L(ppMean, ppVar, pSrc, width, pVal, pSrcDst, height);
 }
-
 qelStatus qelsLogGaussMaxMultiMix_64f_D2(const qel64f* pMean, const qel64f* pVar, int step,
                                          const qel64f* pSrc, int width, const qel64f* pVal,
                                          qel64f* pSrcDst, int height) {
-  const qelStatus st =
-      checkStrideFirst(anyNull(pMean, pVar, pSrc, pVal, pSrcDst), step, width, height);
-  if (st != qelStatusOk) return st;
-  if (height >= kOwnLoopHeight) {
-    ownLoop64f(RowsD2<qel64f>{pMean, pVar, step}, pSrc, width, height, [&](int m, double s) {
-      const double sc = score64f(pVal[m], s);
-      pSrcDst[m] = sc > pSrcDst[m] ? sc : pSrcDst[m];
-    });
-  } else if (d2Aligned(pSrc, pMean, pVar, step)) {
-    qelsLGaussMaxMultiMix_64f_D2_M7_Al(pMean, pVar, step, pSrc, width, pVal, pSrcDst, height);
-  } else {
-    qelsLGaussMaxMultiMix_64f_D2_M7(pMean, pVar, step, pSrc, width, pVal, pSrcDst, height);
-  }
-  return qelStatusOk;
+  return maxMultiMixD2(pMean, pVar, step, pSrc, width, pVal, pSrcDst, height);
 }
-
 qelStatus qelsLogGaussMaxMultiMix_64f_D2L(const qel64f** ppMean, const qel64f** ppVar,
                                           const qel64f* pSrc, int width, const qel64f* pVal,
                                           qel64f* pSrcDst, int height) {
-  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pVal, pSrcDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (height >= kOwnLoopHeight) {
-    ownLoop64f(RowsD2L<qel64f>{ppMean, ppVar}, pSrc, width, height, [&](int m, double s) {
-      const double sc = score64f(pVal[m], s);
-      pSrcDst[m] = sc > pSrcDst[m] ? sc : pSrcDst[m];
-    });
-  } else if (d2lAligned(pSrc, ppMean, ppVar, height)) {
-    qelsLGaussMaxMultiMix_64f_D2L_M7_Al(ppMean, ppVar, pSrc, width, pVal, pSrcDst, height);
-  } else {
-    qelsLGaussMaxMultiMix_64f_D2L_M7(ppMean, ppVar, pSrc, width, pVal, pSrcDst, height);
-  }
-  return qelStatusOk;
+  return maxMultiMixD2L(ppMean, ppVar, pSrc, width, pVal, pSrcDst, height);
 }
-
-// ================================================================ log-add
 
 qelStatus qelsLogGaussAddMultiMix_32f_D2(const qel32f* pMean, const qel32f* pVar, int step,
                                          const qel32f* pSrc, int width, const qel32f* pVal,
                                          qel32f* pSrcDst, int height) {
-  const qelStatus st =
-      checkStrideFirst(anyNull(pMean, pVar, pSrc, pVal, pSrcDst), step, width, height);
-  if (st != qelStatusOk) return st;
-  const bool al = d2Aligned(pSrc, pMean, pVar, step);
-  addChunks(pVal, pSrcDst, height, [&](int m0, int n, qel32f* buf) {
-    const qel32f* mean = pMean + rowOffset(m0, step);
-    const qel32f* var = pVar + rowOffset(m0, step);
-    if (al)
-      (ownGaussWideKernels()
-           ? qelsLGaussMultiMix_32f_D2_M7_Al_Avx2
-           : qelsLGaussMultiMix_32f_D2_M7_Al)(mean, var, step, pSrc, width, buf, n);
-    else
-      (ownGaussWideKernels() ? qelsLGaussMultiMix_32f_D2_M7_Avx2 : qelsLGaussMultiMix_32f_D2_M7)(
-          mean, var, step, pSrc, width, buf, n);
-  });
-  return qelStatusOk;
+  return addMultiMixD2(pMean, pVar, step, pSrc, width, pVal, pSrcDst, height);
 }
-
 qelStatus qelsLogGaussAddMultiMix_32f_D2L(const qel32f** ppMean, const qel32f** ppVar,
                                           const qel32f* pSrc, int width, const qel32f* pVal,
                                           qel32f* pSrcDst, int height) {
-  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pVal, pSrcDst), width, height);
-  if (st != qelStatusOk) return st;
-  addChunks(pVal, pSrcDst, height, [&](int m0, int n, qel32f* buf) {
-    // The rows of each chunk decide its twin on their own.
-    if (d2lAligned(pSrc, ppMean + m0, ppVar + m0, n))
-      (ownGaussWideKernels()
-           ? qelsLGaussMultiMix_32f_D2L_M7_Al_Avx2
-           : qelsLGaussMultiMix_32f_D2L_M7_Al)(ppMean + m0, ppVar + m0, pSrc, width, buf, n);
-    else
-      (ownGaussWideKernels() ? qelsLGaussMultiMix_32f_D2L_M7_Avx2 : qelsLGaussMultiMix_32f_D2L_M7)(
-          ppMean + m0, ppVar + m0, pSrc, width, buf, n);
-  });
-  return qelStatusOk;
+  return addMultiMixD2L(ppMean, ppVar, pSrc, width, pVal, pSrcDst, height);
 }
-
 qelStatus qelsLogGaussAddMultiMix_64f_D2(const qel64f* pMean, const qel64f* pVar, int step,
                                          const qel64f* pSrc, int width, const qel64f* pVal,
                                          qel64f* pSrcDst, int height) {
-  const qelStatus st =
-      checkStrideFirst(anyNull(pMean, pVar, pSrc, pVal, pSrcDst), step, width, height);
-  if (st != qelStatusOk) return st;
-  // An even stride keeps every double row on 16 bytes.
-  const bool al = isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && step % 2 == 0;
-  addChunks(pVal, pSrcDst, height, [&](int m0, int n, qel64f* buf) {
-    const qel64f* mean = pMean + rowOffset(m0, step);
-    const qel64f* var = pVar + rowOffset(m0, step);
-    if (al)
-      qelsLGaussMultiMix_64f_D2_M7_Al(mean, var, step, pSrc, width, buf, n);
-    else
-      qelsLGaussMultiMix_64f_D2_M7(mean, var, step, pSrc, width, buf, n);
-  });
-  return qelStatusOk;
+  return addMultiMixD2(pMean, pVar, step, pSrc, width, pVal, pSrcDst, height);
 }
-
 qelStatus qelsLogGaussAddMultiMix_64f_D2L(const qel64f** ppMean, const qel64f** ppVar,
                                           const qel64f* pSrc, int width, const qel64f* pVal,
                                           qel64f* pSrcDst, int height) {
-  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pVal, pSrcDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (height >= kOwnLoopHeight) {
-    const qel64f* rows[3];
-    GetLogAddConst(&rows[0], &rows[1], &rows[2]);
-    ownLoop64f(RowsD2L<qel64f>{ppMean, ppVar}, pSrc, width, height, [&](int m, double s) {
-      pSrcDst[m] = logAddScalar64f(score64f(pVal[m], s), pSrcDst[m], rows);
-    });
-    return qelStatusOk;
-  }
-  addChunks(pVal, pSrcDst, height, [&](int m0, int n, qel64f* buf) {
-    if (d2lAligned(pSrc, ppMean + m0, ppVar + m0, n))
-      qelsLGaussMultiMix_64f_D2L_M7_Al(ppMean + m0, ppVar + m0, pSrc, width, buf, n);
-    else
-      qelsLGaussMultiMix_64f_D2L_M7(ppMean + m0, ppVar + m0, pSrc, width, buf, n);
-  });
-  return qelStatusOk;
+  return addMultiMixD2L(ppMean, ppVar, pSrc, width, pVal, pSrcDst, height);
 }
-
-// ================================================================ distances
 
 qelStatus qelsMahDistMultiMix_32f_D2(const qel32f* pMean, const qel32f* pVar, int step,
                                      const qel32f* pSrc, int width, qel32f* pDst, int height) {
-  const qelStatus st = checkStrideFirst(anyNull(pMean, pVar, pSrc, pDst), step, width, height);
-  if (st != qelStatusOk) return st;
-  if (d2Aligned(pSrc, pMean, pVar, step))
-    sMahDistMultiMix_32f_D2_M7_Al(pMean, pVar, step, pSrc, width, pDst, height);
-  else
-    sMahDistMultiMix_32f_D2_M7(pMean, pVar, step, pSrc, width, pDst, height);
-  return qelStatusOk;
+  return mahDistMultiMixD2(pMean, pVar, step, pSrc, width, pDst, height);
 }
-
 qelStatus qelsMahDistMultiMix_32f_D2L(const qel32f** ppMean, const qel32f** ppVar,
                                       const qel32f* pSrc, int width, qel32f* pDst, int height) {
-  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (d2lAligned(pSrc, ppMean, ppVar, height))
-    sMahDistMultiMix_32f_D2L_M7_Al(ppMean, ppVar, pSrc, width, pDst, height);
-  else
-    sMahDistMultiMix_32f_D2L_M7(ppMean, ppVar, pSrc, width, pDst, height);
-  return qelStatusOk;
+  return mahDistMultiMixD2L(ppMean, ppVar, pSrc, width, pDst, height);
 }
-
 qelStatus qelsMahDistMultiMix_64f_D2(const qel64f* pMean, const qel64f* pVar, int step,
                                      const qel64f* pSrc, int width, qel64f* pDst, int height) {
-  const qelStatus st = checkStrideFirst(anyNull(pMean, pVar, pSrc, pDst), step, width, height);
-  if (st != qelStatusOk) return st;
-  if (d2Aligned(pSrc, pMean, pVar, step))
-    sMahDistMultiMix_64f_D2_M7_Al(pMean, pVar, step, pSrc, width, pDst, height);
-  else
-    sMahDistMultiMix_64f_D2_M7(pMean, pVar, step, pSrc, width, pDst, height);
-  return qelStatusOk;
+  return mahDistMultiMixD2(pMean, pVar, step, pSrc, width, pDst, height);
 }
-
 qelStatus qelsMahDistMultiMix_64f_D2L(const qel64f** ppMean, const qel64f** ppVar,
                                       const qel64f* pSrc, int width, qel64f* pDst, int height) {
-  const qelStatus st = checkRowPointers(anyNull(ppMean, ppVar, pSrc, pDst), width, height);
-  if (st != qelStatusOk) return st;
-  if (d2lAligned(pSrc, ppMean, ppVar, height))
-    sMahDistMultiMix_64f_D2L_M7_Al(ppMean, ppVar, pSrc, width, pDst, height);
-  else
-    sMahDistMultiMix_64f_D2L_M7(ppMean, ppVar, pSrc, width, pDst, height);
-  return qelStatusOk;
+  return mahDistMultiMixD2L(ppMean, ppVar, pSrc, width, pDst, height);
 }
-
-// ================================================================ whole mixture
 
 qelStatus qelsLogGaussMixture_32f_D2(const qel32f* pSrc, const qel32f* pMean, const qel32f* pVar,
                                      int height, int step, int width, const qel32f* pVal,
                                      qel32f* pResult) {
-  const qelStatus st =
-      checkPointersFirst(anyNull(pSrc, pMean, pVar, pVal, pResult), step, width, height);
-  if (st != qelStatusOk) return st;
-  const bool al = d2Aligned(pSrc, pMean, pVar, step);
-  *pResult = mixtureChunks<qel32f>(height, [&](int m0, int n, qel32f* chunk) {
-    const qel32f* mean = pMean + rowOffset(m0, step);
-    const qel32f* var = pVar + rowOffset(m0, step);
-    qelsCopy_32f(pVal + m0, chunk, n);
-    if (al)
-      (ownGaussWideKernels()
-           ? qelsLGaussMultiMix_32f_D2_M7_Al_Avx2
-           : qelsLGaussMultiMix_32f_D2_M7_Al)(mean, var, step, pSrc, width, chunk, n);
-    else
-      (ownGaussWideKernels() ? qelsLGaussMultiMix_32f_D2_M7_Avx2 : qelsLGaussMultiMix_32f_D2_M7)(
-          mean, var, step, pSrc, width, chunk, n);
-  });
-  return qelStatusOk;
+  return mixtureD2(pSrc, pMean, pVar, height, step, width, pVal, pResult);
 }
-
 qelStatus qelsLogGaussMixture_32f_D2L(const qel32f* pSrc, const qel32f** ppMean,
                                       const qel32f** ppVar, int height, int width,
                                       const qel32f* pVal, qel32f* pResult) {
-  const qelStatus st = checkRowPointers(anyNull(pSrc, ppMean, ppVar, pVal, pResult), width, height);
-  if (st != qelStatusOk) return st;
-  *pResult = mixtureChunks<qel32f>(height, [&](int m0, int n, qel32f* chunk) {
-    qelsCopy_32f(pVal + m0, chunk, n);
-    if (d2lAligned(pSrc, ppMean + m0, ppVar + m0, n))
-      (ownGaussWideKernels()
-           ? qelsLGaussMultiMix_32f_D2L_M7_Al_Avx2
-           : qelsLGaussMultiMix_32f_D2L_M7_Al)(ppMean + m0, ppVar + m0, pSrc, width, chunk, n);
-    else
-      (ownGaussWideKernels() ? qelsLGaussMultiMix_32f_D2L_M7_Avx2 : qelsLGaussMultiMix_32f_D2L_M7)(
-          ppMean + m0, ppVar + m0, pSrc, width, chunk, n);
-  });
-  return qelStatusOk;
+  return mixtureD2L(pSrc, ppMean, ppVar, height, width, pVal, pResult);
 }
-
 qelStatus qelsLogGaussMixture_64f_D2(const qel64f* pSrc, const qel64f* pMean, const qel64f* pVar,
                                      int height, int step, int width, const qel64f* pVal,
                                      qel64f* pResult) {
-  const qelStatus st =
-      checkPointersFirst(anyNull(pSrc, pMean, pVar, pVal, pResult), step, width, height);
-  if (st != qelStatusOk) return st;
-  const bool al = d2Aligned(pSrc, pMean, pVar, step);
-  *pResult = mixtureChunks<qel64f>(height, [&](int m0, int n, qel64f* chunk) {
-    const qel64f* mean = pMean + rowOffset(m0, step);
-    const qel64f* var = pVar + rowOffset(m0, step);
-    qelsCopy_64f(pVal + m0, chunk, n);
-    if (al)
-      qelsLGaussMultiMix_64f_D2_M7_Al(mean, var, step, pSrc, width, chunk, n);
-    else
-      qelsLGaussMultiMix_64f_D2_M7(mean, var, step, pSrc, width, chunk, n);
-  });
-  return qelStatusOk;
+  return mixtureD2(pSrc, pMean, pVar, height, step, width, pVal, pResult);
 }
-
 qelStatus qelsLogGaussMixture_64f_D2L(const qel64f* pSrc, const qel64f** ppMean,
                                       const qel64f** ppVar, int height, int width,
                                       const qel64f* pVal, qel64f* pResult) {
-  const qelStatus st = checkRowPointers(anyNull(pSrc, ppMean, ppVar, pVal, pResult), width, height);
-  if (st != qelStatusOk) return st;
-  *pResult = mixtureChunks<qel64f>(height, [&](int m0, int n, qel64f* chunk) {
-    qelsCopy_64f(pVal + m0, chunk, n);
-    if (d2lAligned(pSrc, ppMean + m0, ppVar + m0, n))
-      qelsLGaussMultiMix_64f_D2L_M7_Al(ppMean + m0, ppVar + m0, pSrc, width, chunk, n);
-    else
-      qelsLGaussMultiMix_64f_D2L_M7(ppMean + m0, ppVar + m0, pSrc, width, chunk, n);
-  });
-  return qelStatusOk;
+  return mixtureD2L(pSrc, ppMean, ppVar, height, width, pVal, pResult);
 }
 
 // ---------------------------------------------------------------- identity covariance

@@ -192,25 +192,33 @@ inline bool sizesBad(int width, int nMix, int nFrames) {
 }
 
 // _D2: pointers, then sizes, then the stride (last, unlike the frame-block
-// scores).
-qelStatus checkD2(bool nullArg, int step, int width, int nMix, int nFrames) {
-  if (nullArg) return qelStatusNullPtr;
+// scores). The identity-covariance members pass no variance matrix.
+template <bool HasVar, typename T, typename Score>
+qelStatus selectD2(const T* pSrc, const T* pMean, const T* pVar, int step, int width,
+                   const qel32f* pVal, const qel8u* pSign, int nMix, qel32f* pDst, int nFrames,
+                   qel32f val, const Score& score) {
+  if ((HasVar && pVar == nullptr) || anyNull(pSrc, pMean, pVal, pSign, pDst))
+    return qelStatusNullPtr;
   if (sizesBad(width, nMix, nFrames)) return qelStatusSize;
   if (step < width) return qelStatusStride;
-  return qelStatusOk;
+  return selectMixture<HasVar>(RowsD2<T>{pSrc, pMean, pVar, step}, width, pVal, pSign, nMix, pDst,
+                               nFrames, val, score);
 }
 
 // _D2L: the arrays, the sizes, then every row pointer that will be read.
-template <typename T>
-qelStatus checkD2L(bool nullArg, int width, int nMix, int nFrames, const T* const* ppSrc,
-                   const T* const* ppMean, const T* const* ppVar) {
-  if (nullArg) return qelStatusNullPtr;
+template <bool HasVar, typename T, typename Score>
+qelStatus selectD2L(const T* const* ppSrc, const T* const* ppMean, const T* const* ppVar, int width,
+                    const qel32f* pVal, const qel8u* pSign, int nMix, qel32f* pDst, int nFrames,
+                    qel32f val, const Score& score) {
+  if ((HasVar && ppVar == nullptr) || anyNull(ppSrc, ppMean, pVal, pSign, pDst))
+    return qelStatusNullPtr;
   if (sizesBad(width, nMix, nFrames)) return qelStatusSize;
   for (int f = 0; f < nFrames; ++f)
     if (ppSrc[f] == nullptr) return qelStatusNullPtr;
   for (int m = 0; m < nMix; ++m)
-    if (ppMean[m] == nullptr || (ppVar != nullptr && ppVar[m] == nullptr)) return qelStatusNullPtr;
-  return qelStatusOk;
+    if (ppMean[m] == nullptr || (HasVar && ppVar[m] == nullptr)) return qelStatusNullPtr;
+  return selectMixture<HasVar>(RowsD2L<T>{ppSrc, ppMean, ppVar}, width, pVal, pSign, nMix, pDst,
+                               nFrames, val, score);
 }
 
 }  // namespace
@@ -222,35 +230,23 @@ QELSR_API qelStatus qelsLogGaussMixture_Select_32f_D2(const qel32f* pSrc, const 
                                                       const qel32f* pVal, const qel8u* pSign,
                                                       int nMix, qel32f* pDst, int nFrames,
                                                       qel32f val) {
-  if (const qelStatus st =
-          checkD2(anyNull(pSrc, pMean, pVar, pVal, pSign, pDst), step, width, nMix, nFrames);
-      st != qelStatusOk)
-    return st;
-  return selectMixture<true>(RowsD2<qel32f>{pSrc, pMean, pVar, step}, width, pVal, pSign, nMix,
-                             pDst, nFrames, val, ScoreInv32f{});
+  return selectD2<true>(pSrc, pMean, pVar, step, width, pVal, pSign, nMix, pDst, nFrames, val,
+                        ScoreInv32f{});
 }
 
 QELSR_API qelStatus qelsLogGaussMixture_Select_32f_D2L(
     const qel32f* const* ppSrc, const qel32f* const* ppMean, const qel32f* const* ppVar, int width,
     const qel32f* pVal, const qel8u* pSign, int nMix, qel32f* pDst, int nFrames, qel32f val) {
-  if (const qelStatus st = checkD2L<qel32f>(anyNull(ppSrc, ppMean, ppVar, pVal, pSign, pDst), width,
-                                            nMix, nFrames, ppSrc, ppMean, ppVar);
-      st != qelStatusOk)
-    return st;
-  return selectMixture<true>(RowsD2L<qel32f>{ppSrc, ppMean, ppVar}, width, pVal, pSign, nMix, pDst,
-                             nFrames, val, ScoreInv32f{});
+  return selectD2L<true>(ppSrc, ppMean, ppVar, width, pVal, pSign, nMix, pDst, nFrames, val,
+                         ScoreInv32f{});
 }
 
 QELSR_API qelStatus qelsLogGaussMixture_SelectIdVar_32f_D2(const qel32f* pSrc, const qel32f* pMean,
                                                            int step, int width, const qel32f* pVal,
                                                            const qel8u* pSign, int nMix,
                                                            qel32f* pDst, int nFrames, qel32f val) {
-  if (const qelStatus st =
-          checkD2(anyNull(pSrc, pMean, pVal, pSign, pDst), step, width, nMix, nFrames);
-      st != qelStatusOk)
-    return st;
-  return selectMixture<false>(RowsD2<qel32f>{pSrc, pMean, nullptr, step}, width, pVal, pSign, nMix,
-                              pDst, nFrames, val, ScoreUnit32f{});
+  return selectD2<false>(pSrc, pMean, static_cast<const qel32f*>(nullptr), step, width, pVal, pSign,
+                         nMix, pDst, nFrames, val, ScoreUnit32f{});
 }
 
 QELSR_API qelStatus qelsLogGaussMixture_SelectIdVar_32f_D2L(const qel32f* const* ppSrc,
@@ -258,58 +254,38 @@ QELSR_API qelStatus qelsLogGaussMixture_SelectIdVar_32f_D2L(const qel32f* const*
                                                             const qel32f* pVal, const qel8u* pSign,
                                                             int nMix, qel32f* pDst, int nFrames,
                                                             qel32f val) {
-  if (const qelStatus st = checkD2L<qel32f>(anyNull(ppSrc, ppMean, pVal, pSign, pDst), width, nMix,
-                                            nFrames, ppSrc, ppMean, nullptr);
-      st != qelStatusOk)
-    return st;
-  return selectMixture<false>(RowsD2L<qel32f>{ppSrc, ppMean, nullptr}, width, pVal, pSign, nMix,
-                              pDst, nFrames, val, ScoreUnit32f{});
+  return selectD2L<false>(ppSrc, ppMean, static_cast<const qel32f* const*>(nullptr), width, pVal,
+                          pSign, nMix, pDst, nFrames, val, ScoreUnit32f{});
 }
 
 QELSR_API qelStatus qelsLogGaussMixture_SelectScaled_16s32f_D2(
     const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar, int step, int width,
     const qel32f* pVal, const qel8u* pSign, int nMix, qel32f* pDst, int nFrames, qel32f val,
     int scaleFactor) {
-  if (const qelStatus st =
-          checkD2(anyNull(pSrc, pMean, pVar, pVal, pSign, pDst), step, width, nMix, nFrames);
-      st != qelStatusOk)
-    return st;
-  return selectMixture<true>(RowsD2<qel16s>{pSrc, pMean, pVar, step}, width, pVal, pSign, nMix,
-                             pDst, nFrames, val, ScoreInv16s32f{scaledK(scaleFactor)});
+  return selectD2<true>(pSrc, pMean, pVar, step, width, pVal, pSign, nMix, pDst, nFrames, val,
+                        ScoreInv16s32f{scaledK(scaleFactor)});
 }
 
 QELSR_API qelStatus qelsLogGaussMixture_SelectScaled_16s32f_D2L(
     const qel16s* const* ppSrc, const qel16s* const* ppMean, const qel16s* const* ppVar, int width,
     const qel32f* pVal, const qel8u* pSign, int nMix, qel32f* pDst, int nFrames, qel32f val,
     int scaleFactor) {
-  if (const qelStatus st = checkD2L<qel16s>(anyNull(ppSrc, ppMean, ppVar, pVal, pSign, pDst), width,
-                                            nMix, nFrames, ppSrc, ppMean, ppVar);
-      st != qelStatusOk)
-    return st;
-  return selectMixture<true>(RowsD2L<qel16s>{ppSrc, ppMean, ppVar}, width, pVal, pSign, nMix, pDst,
-                             nFrames, val, ScoreInv16s32f{scaledK(scaleFactor)});
+  return selectD2L<true>(ppSrc, ppMean, ppVar, width, pVal, pSign, nMix, pDst, nFrames, val,
+                         ScoreInv16s32f{scaledK(scaleFactor)});
 }
 
 QELSR_API qelStatus qelsLogGaussMixture_SelectIdVarScaled_16s32f_D2(
     const qel16s* pSrc, const qel16s* pMean, int step, int width, const qel32f* pVal,
     const qel8u* pSign, int nMix, qel32f* pDst, int nFrames, qel32f val, int scaleFactor) {
-  if (const qelStatus st =
-          checkD2(anyNull(pSrc, pMean, pVal, pSign, pDst), step, width, nMix, nFrames);
-      st != qelStatusOk)
-    return st;
-  return selectMixture<false>(RowsD2<qel16s>{pSrc, pMean, nullptr, step}, width, pVal, pSign, nMix,
-                              pDst, nFrames, val, ScoreUnit16s32f{scaledK(scaleFactor)});
+  return selectD2<false>(pSrc, pMean, static_cast<const qel16s*>(nullptr), step, width, pVal, pSign,
+                         nMix, pDst, nFrames, val, ScoreUnit16s32f{scaledK(scaleFactor)});
 }
 
 QELSR_API qelStatus qelsLogGaussMixture_SelectIdVarScaled_16s32f_D2L(
     const qel16s* const* ppSrc, const qel16s* const* ppMean, int width, const qel32f* pVal,
     const qel8u* pSign, int nMix, qel32f* pDst, int nFrames, qel32f val, int scaleFactor) {
-  if (const qelStatus st = checkD2L<qel16s>(anyNull(ppSrc, ppMean, pVal, pSign, pDst), width, nMix,
-                                            nFrames, ppSrc, ppMean, nullptr);
-      st != qelStatusOk)
-    return st;
-  return selectMixture<false>(RowsD2L<qel16s>{ppSrc, ppMean, nullptr}, width, pVal, pSign, nMix,
-                              pDst, nFrames, val, ScoreUnit16s32f{scaledK(scaleFactor)});
+  return selectD2L<false>(ppSrc, ppMean, static_cast<const qel16s* const*>(nullptr), width, pVal,
+                          pSign, nMix, pDst, nFrames, val, ScoreUnit16s32f{scaledK(scaleFactor)});
 }
 
 }  // extern "C"

@@ -24,13 +24,6 @@ inline int ceil8(long long bits) { return static_cast<int>((bits + 7) / 8); }
 
 // Index runs: row r of the result takes runs[r] (the Var forms) or a fixed
 // number of consecutive entries.
-inline std::vector<std::vector<int>> fixedRuns(const std::vector<int>& idx, int perRow, int rows) {
-  std::vector<std::vector<int>> runs(rows);
-  for (int r = 0; r < rows; ++r)
-    runs[r].assign(idx.begin() + static_cast<long>(r) * perRow,
-                   idx.begin() + static_cast<long>(r + 1) * perRow);
-  return runs;
-}
 inline std::vector<std::vector<int>> countedRuns(const std::vector<int>& idx,
                                                  const std::vector<int>& counts) {
   std::vector<std::vector<int>> runs;
@@ -40,6 +33,9 @@ inline std::vector<std::vector<int>> countedRuns(const std::vector<int>& idx,
     at += static_cast<size_t>(c);
   }
   return runs;
+}
+inline std::vector<std::vector<int>> fixedRuns(const std::vector<int>& idx, int perRow, int rows) {
+  return countedRuns(idx, std::vector<int>(static_cast<size_t>(rows), perRow));
 }
 
 // Sign table: row r, bit b below nBits, is set when bit bitOffset + b is set

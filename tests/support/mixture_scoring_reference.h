@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "log_add_reference.h"
+#include "single_scoring_reference.h"
 
 namespace qtest::mixref {
 
@@ -22,42 +23,37 @@ inline T term(const T* x, const T* mean, const T* var, int c) {
   return var ? p * var[c] : p;
 }
 
-// The four lanes of a 32f component: with `cols8` groups of 8 columns add
-// their two products before joining the lane; groups of 4; single columns
-// into lane 0; fold (l0 + l1) + (l2 + l3).
-inline float laneSum32f(const float* x, const float* mean, const float* var, int width,
-                        bool cols8) {
-  float l[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+// Sum of one component as a MultiMix kernel adds it.
+// 32f, four lanes: with `tail` (the last 1-3 components of a call) groups of
+// 8 columns add their two products before joining the lane; groups of 4;
+// single columns into lane 0; fold (l0 + l1) + (l2 + l3).
+// 64f, two lanes: column pairs, an odd last column into lane 0, l0 + l1.
+template <typename T>
+inline T kernelSum(const T* x, const T* mean, const T* var, int width, bool tail) {
+  constexpr int L = sizeof(T) == 4 ? 4 : 2;
+  T l[4] = {0, 0, 0, 0};
   int c = 0;
-  if (cols8)
+  if (L == 4 && tail)
     for (; c + 8 <= width; c += 8)
       for (int j = 0; j < 4; ++j)
         l[j] = l[j] + (term(x, mean, var, c + j) + term(x, mean, var, c + 4 + j));
-  for (; c + 4 <= width; c += 4)
-    for (int j = 0; j < 4; ++j) l[j] = l[j] + term(x, mean, var, c + j);
+  for (; c + L <= width; c += L)
+    for (int j = 0; j < L; ++j) l[j] = l[j] + term(x, mean, var, c + j);
   for (; c < width; ++c) l[0] = l[0] + term(x, mean, var, c);
-  return (l[0] + l[1]) + (l[2] + l[3]);
+  return L == 4 ? (l[0] + l[1]) + (l[2] + l[3]) : l[0] + l[1];
 }
 
-// Two lanes of a 64f component: column pairs, an odd last column into lane 0.
-inline double laneSum64f(const double* x, const double* mean, const double* var, int width) {
-  double l0 = 0.0, l1 = 0.0;
-  int c = 0;
-  for (; c + 2 <= width; c += 2) {
-    l0 = l0 + term(x, mean, var, c);
-    l1 = l1 + term(x, mean, var, c + 1);
+// Sums of a whole mixture whose kernel calls cover chunks of `chunk`
+// components (the four-component passes restart in each call).
+template <typename T>
+inline std::vector<T> chunkedSums(const T* x, const T* const* means, const T* const* vars,
+                                  int width, int height, int chunk) {
+  std::vector<T> s(height);
+  for (int m0 = 0; m0 < height; m0 += chunk) {
+    const int n = std::min(chunk, height - m0);
+    for (int k = 0; k < n; ++k)
+      s[m0 + k] = kernelSum(x, means[m0 + k], vars[m0 + k], width, k >= n / 4 * 4);
   }
-  if (c < width) l0 = l0 + term(x, mean, var, c);
-  return l0 + l1;
-}
-
-// Sums of the `height` components of one MultiMix kernel call: four-component
-// passes (columns 4, 1) and a tail of 1-3 components (columns 8, 4, 1).
-inline std::vector<float> kernelSums32f(const float* x, const float* const* means,
-                                        const float* const* vars, int width, int height) {
-  std::vector<float> s(height);
-  const int full = height / 4 * 4;
-  for (int m = 0; m < height; ++m) s[m] = laneSum32f(x, means[m], vars[m], width, m >= full);
   return s;
 }
 
@@ -74,81 +70,20 @@ inline float idVarSum32f(const float* x, const float* mean, int width) {
   return s;
 }
 
-inline std::vector<double> kernelSums64f(const double* x, const double* const* means,
-                                         const double* const* vars, int width, int height) {
-  std::vector<double> s(height);
-  for (int m = 0; m < height; ++m) s[m] = laneSum64f(x, means[m], vars[m], width);
-  return s;
+// The single-observation identity scores that the row-pointer float and
+// both double identity mixtures use for each component.
+inline float singleIdVar(const float* x, const float* mean, int len, float v) {
+  return qref::single32f(qref::Single::Identity, x, mean, nullptr, len, v);
 }
-
-// Sums of a whole mixture whose kernel calls cover chunks of `chunk`
-// components (the four-component passes restart in each call).
-template <typename T>
-inline std::vector<T> chunkedSums(const T* x, const T* const* means, const T* const* vars,
-                                  int width, int height, int chunk) {
-  std::vector<T> s;
-  for (int m0 = 0; m0 < height; m0 += chunk) {
-    const int n = std::min(chunk, height - m0);
-    std::vector<T> part;
-    if constexpr (sizeof(T) == 4)
-      part = kernelSums32f(x, means + m0, vars + m0, width, n);
-    else
-      part = kernelSums64f(x, means + m0, vars + m0, width, n);
-    s.insert(s.end(), part.begin(), part.end());
-  }
-  return s;
-}
-
-template <typename T>
-inline T score(T v, T sum) {
-  return ((v + v) - sum) * T(0.5);
+inline double singleIdVar(const double* x, const double* mean, int len, double v) {
+  return v - qref::doubleSum(qref::Double::Identity, x, mean, mean, len) * 0.5;
 }
 
 template <typename T>
 inline std::vector<T> scores(const std::vector<T>& vals, const std::vector<T>& sums) {
   std::vector<T> r(sums.size());
-  for (size_t m = 0; m < sums.size(); ++m) r[m] = score(vals[m], sums[m]);
+  for (size_t m = 0; m < sums.size(); ++m) r[m] = ((vals[m] + vals[m]) - sums[m]) * T(0.5);
   return r;
-}
-
-// The single-observation identity kernels as their interface states them.
-// 32f: accumulators A, B; per 16 elements vectors 0, 1 to A and 2, 3 to B;
-// one group of 8 of the rest to A; the last len mod 8 to lane 0 of A;
-// T = A + B folded (T0 + T2) + (T1 + T3); result ((v + v) - fold) * 0.5.
-inline float singleIdVar32f(const float* x, const float* mean, int len, float v) {
-  float a[4] = {0, 0, 0, 0}, b[4] = {0, 0, 0, 0};
-  int c = 0;
-  for (; c + 16 <= len; c += 16)
-    for (int q = 0; q < 4; ++q)
-      for (int j = 0; j < 4; ++j) {
-        float* acc = q < 2 ? a : b;
-        acc[j] = acc[j] + term<float>(x, mean, nullptr, c + 4 * q + j);
-      }
-  if (c + 8 <= len) {
-    for (int q = 0; q < 2; ++q)
-      for (int j = 0; j < 4; ++j) a[j] = a[j] + term<float>(x, mean, nullptr, c + 4 * q + j);
-    c += 8;
-  }
-  for (; c < len; ++c) a[0] = a[0] + term<float>(x, mean, nullptr, c);
-  float t[4];
-  for (int j = 0; j < 4; ++j) t[j] = a[j] + b[j];
-  return score(v, (t[0] + t[2]) + (t[1] + t[3]));
-}
-
-// 64f: two-lane P, Q; per 8 elements vectors 0, 2 to P and 1, 3 to Q;
-// s = (P0 + Q0) + (P1 + Q1), then the rest one at a time; v - s * 0.5.
-inline double singleIdVar64f(const double* x, const double* mean, int len, double v) {
-  double p[2] = {0, 0}, q[2] = {0, 0};
-  int c = 0;
-  for (; c + 8 <= len; c += 8)
-    for (int k = 0; k < 4; ++k)
-      for (int j = 0; j < 2; ++j) {
-        double* acc = (k % 2 == 0) ? p : q;
-        acc[j] = acc[j] + term<double>(x, mean, nullptr, c + 2 * k + j);
-      }
-  double s = (p[0] + q[0]) + (p[1] + q[1]);
-  for (; c < len; ++c) s = s + term<double>(x, mean, nullptr, c);
-  return v - s * 0.5;
 }
 
 // Log sum of a whole mixture through the 101-slot chunk loop.
