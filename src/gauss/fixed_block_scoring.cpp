@@ -10,6 +10,7 @@
 // Unlike some of their single-precision twins, these members have no
 // scalar path of their own for narrow rows: the kernels serve every width.
 #include <cstddef>
+#include <initializer_list>
 
 #include "base/base.h"
 #include "gauss/fixed_scoring_rows.h"
@@ -26,6 +27,18 @@ constexpr int kMixChunk = 100;
 bool stepOk(int step) { return step % 8 == 0; }
 bool rowsOk(const qel16s* const* pp, int n) {
   return RowMatrAlErr(reinterpret_cast<const void* const*>(pp), n) == 0;
+}
+
+// The checks of the row-pointer forms, in order: null pointers (-8), then
+// width or height below 1 (-6); the strided forms look at the stride
+// first (-37). Both give 0 (qelStatusOk) when the arguments pass.
+qelStatus checkD2L(int width, int height, std::initializer_list<const void*> ptrs) {
+  for (const void* p : ptrs)
+    if (p == nullptr) return qelStatusNullPtr;
+  return width < 1 || height < 1 ? qelStatusSize : qelStatusOk;
+}
+qelStatus checkD2(int width, int step, int height, std::initializer_list<const void*> ptrs) {
+  return width > step ? qelStatusStride : checkD2L(width, height, ptrs);
 }
 
 // The kernels take either the factor itself or the single k = 2^-(sf+1)
@@ -59,10 +72,7 @@ template <typename T, typename P>
 qelStatus framesD2(FrameK<T, P> k, FrameK<T, P> kAl, const qel16s* pSrc, int step,
                    const qel16s* pMean, const qel16s* pVar, int width, T* pDst, int height, T val,
                    int sf) {
-  if (width > step) return qelStatusStride;
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2(width, step, height, {pSrc, pMean, pVar, pDst})) return st;
   const Param p(sf);
   const bool al = isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && stepOk(step);
   (al ? kAl : k)(pSrc, step, pMean, pVar, width, pDst, height, &val, pick<P>(p));
@@ -72,9 +82,7 @@ qelStatus framesD2(FrameK<T, P> k, FrameK<T, P> kAl, const qel16s* pSrc, int ste
 template <typename T, typename P>
 qelStatus framesIdD2(FrameIdK<T, P> k, FrameIdK<T, P> kAl, const qel16s* pSrc, int step,
                      const qel16s* pMean, int width, T* pDst, int height, T val, int sf) {
-  if (width > step) return qelStatusStride;
-  if (pSrc == nullptr || pMean == nullptr || pDst == nullptr) return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2(width, step, height, {pSrc, pMean, pDst})) return st;
   const Param p(sf);
   const bool al = isAligned16(pSrc) && isAligned16(pMean) && stepOk(step);
   (al ? kAl : k)(pSrc, step, pMean, width, pDst, height, &val, pick<P>(p));
@@ -84,9 +92,7 @@ qelStatus framesIdD2(FrameIdK<T, P> k, FrameIdK<T, P> kAl, const qel16s* pSrc, i
 template <typename T, typename P>
 qelStatus framesD2L(FrameLK<T, P> k, FrameLK<T, P> kAl, const qel16s** ppSrc, const qel16s* pMean,
                     const qel16s* pVar, int width, T* pDst, int height, T val, int sf) {
-  if (ppSrc == nullptr || pMean == nullptr || pVar == nullptr || pDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2L(width, height, {ppSrc, pMean, pVar, pDst})) return st;
   const Param p(sf);
   const bool al = rowsOk(ppSrc, height) && isAligned16(pMean) && isAligned16(pVar);
   (al ? kAl : k)(ppSrc, pMean, pVar, width, pDst, height, &val, pick<P>(p));
@@ -96,8 +102,7 @@ qelStatus framesD2L(FrameLK<T, P> k, FrameLK<T, P> kAl, const qel16s** ppSrc, co
 template <typename T, typename P>
 qelStatus framesIdD2L(FrameLIdK<T, P> k, FrameLIdK<T, P> kAl, const qel16s** ppSrc,
                       const qel16s* pMean, int width, T* pDst, int height, T val, int sf) {
-  if (ppSrc == nullptr || pMean == nullptr || pDst == nullptr) return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2L(width, height, {ppSrc, pMean, pDst})) return st;
   const Param p(sf);
   const bool al = rowsOk(ppSrc, height) && isAligned16(pMean);
   (al ? kAl : k)(ppSrc, pMean, width, pDst, height, &val, pick<P>(p));
@@ -112,10 +117,8 @@ qelStatus addD2(FrameK<qel32f, P> k, FrameK<qel32f, P> kAl, FrameIdK<qel32f, P> 
                 FrameIdK<qel32f, P> kiAl, const qel16s* pSrc, int step, const qel16s* pMean,
                 const qel16s* pVar, bool idVar, int width, qel32f* pDst, int height, qel32f val,
                 int sf) {
-  if (width > step) return qelStatusStride;
-  if (pSrc == nullptr || pMean == nullptr || (!idVar && pVar == nullptr) || pDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2(width, step, height, {pSrc, pMean, idVar ? pMean : pVar, pDst}))
+    return st;
   const Param p(sf);
   const bool al =
       isAligned16(pSrc) && isAligned16(pMean) && (idVar || isAligned16(pVar)) && stepOk(step);
@@ -138,9 +141,8 @@ qelStatus addD2L(FrameLK<qel32f, P> k, FrameLK<qel32f, P> kAl, FrameLIdK<qel32f,
                  FrameLIdK<qel32f, P> kiAl, const qel16s** ppSrc, const qel16s* pMean,
                  const qel16s* pVar, bool idVar, int width, qel32f* pDst, int height, qel32f val,
                  int sf) {
-  if (ppSrc == nullptr || pMean == nullptr || (!idVar && pVar == nullptr) || pDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2L(width, height, {ppSrc, pMean, idVar ? pMean : pVar, pDst}))
+    return st;
   const Param p(sf);
   alignas(32) qel32f buf[kFrameChunk];
   for (int r0 = 0; r0 < height; r0 += kFrameChunk) {
@@ -172,10 +174,7 @@ using MixMaxLK = void (*)(const qel16s* const*, const qel16s* const*, const qel1
 template <typename T, typename P>
 qelStatus multiMixD2(MixK<T, P> k, MixK<T, P> kAl, const qel16s* pMean, const qel16s* pVar,
                      int step, const qel16s* pSrc, int width, T* pSrcDst, int height, int sf) {
-  if (width > step) return qelStatusStride;
-  if (pMean == nullptr || pVar == nullptr || pSrc == nullptr || pSrcDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2(width, step, height, {pMean, pVar, pSrc, pSrcDst})) return st;
   const Param p(sf);
   const bool al = isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && stepOk(step);
   (al ? kAl : k)(pMean, pVar, step, pSrc, width, pSrcDst, height, pick<P>(p));
@@ -185,9 +184,7 @@ qelStatus multiMixD2(MixK<T, P> k, MixK<T, P> kAl, const qel16s* pMean, const qe
 template <typename T, typename P>
 qelStatus multiMixD2L(MixLK<T, P> k, MixLK<T, P> kAl, const qel16s** ppMean, const qel16s** ppVar,
                       const qel16s* pSrc, int width, T* pSrcDst, int height, int sf) {
-  if (ppMean == nullptr || ppVar == nullptr || pSrc == nullptr || pSrcDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2L(width, height, {ppMean, ppVar, pSrc, pSrcDst})) return st;
   const Param p(sf);
   const bool al = isAligned16(pSrc) && rowsOk(ppMean, height) && rowsOk(ppVar, height);
   (al ? kAl : k)(ppMean, ppVar, pSrc, width, pSrcDst, height, pick<P>(p));
@@ -200,11 +197,8 @@ template <typename T, typename P>
 qelStatus maxMultiMixD2(MixMaxK<T, P> k, MixMaxK<T, P> kAl, const qel16s* pMean, const qel16s* pVar,
                         int step, const qel16s* pSrc, int width, const T* pVal, T* pSrcDst,
                         int height, int sf) {
-  if (width > step) return qelStatusStride;
-  if (pMean == nullptr || pVar == nullptr || pSrc == nullptr || pVal == nullptr ||
-      pSrcDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2(width, step, height, {pMean, pVar, pSrc, pVal, pSrcDst}))
+    return st;
   const Param p(sf);
   const bool al = isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && stepOk(step) &&
                   isAligned16(pVal);
@@ -216,10 +210,7 @@ template <typename T, typename P>
 qelStatus maxMultiMixD2L(MixMaxLK<T, P> k, MixMaxLK<T, P> kAl, const qel16s** ppMean,
                          const qel16s** ppVar, const qel16s* pSrc, int width, const T* pVal,
                          T* pSrcDst, int height, int sf) {
-  if (ppMean == nullptr || ppVar == nullptr || pSrc == nullptr || pVal == nullptr ||
-      pSrcDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2L(width, height, {ppMean, ppVar, pSrc, pVal, pSrcDst})) return st;
   const Param p(sf);
   const bool al =
       isAligned16(pSrc) && rowsOk(ppMean, height) && rowsOk(ppVar, height) && isAligned16(pVal);
@@ -235,11 +226,8 @@ template <typename P>
 qelStatus addMultiMixD2(MixK<qel32f, P> k, MixK<qel32f, P> kAl, const qel16s* pMean,
                         const qel16s* pVar, int step, const qel16s* pSrc, int width,
                         const qel32f* pVal, qel32f* pSrcDst, int height, int sf) {
-  if (width > step) return qelStatusStride;
-  if (pMean == nullptr || pVar == nullptr || pSrc == nullptr || pVal == nullptr ||
-      pSrcDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2(width, step, height, {pMean, pVar, pSrc, pVal, pSrcDst}))
+    return st;
   const Param p(sf);
   const bool al = isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && stepOk(step);
   alignas(32) qel32f buf[kMixChunk];
@@ -257,10 +245,7 @@ template <typename P>
 qelStatus addMultiMixD2L(MixLK<qel32f, P> k, MixLK<qel32f, P> kAl, const qel16s** ppMean,
                          const qel16s** ppVar, const qel16s* pSrc, int width, const qel32f* pVal,
                          qel32f* pSrcDst, int height, int sf) {
-  if (ppMean == nullptr || ppVar == nullptr || pSrc == nullptr || pVal == nullptr ||
-      pSrcDst == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2L(width, height, {ppMean, ppVar, pSrc, pVal, pSrcDst})) return st;
   const Param p(sf);
   alignas(32) qel32f buf[kMixChunk];
   for (int m0 = 0; m0 < height; m0 += kMixChunk) {
@@ -296,11 +281,8 @@ template <typename P>
 qelStatus mixtureD2(MixK<qel32f, P> k, MixK<qel32f, P> kAl, const qel16s* pSrc, const qel16s* pMean,
                     const qel16s* pVar, int height, int step, int width, const qel32f* pVal,
                     qel32f* pResult, int sf) {
-  if (width > step) return qelStatusStride;
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pVal == nullptr ||
-      pResult == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2(width, step, height, {pSrc, pMean, pVar, pVal, pResult}))
+    return st;
   const Param p(sf);
   const bool al = isAligned16(pSrc) && isAligned16(pMean) && isAligned16(pVar) && stepOk(step);
   mixtureChunks(pVal, height, pResult, [&](int m0, int n, qel32f* dst) {
@@ -314,10 +296,7 @@ template <typename P>
 qelStatus mixtureD2L(MixLK<qel32f, P> k, MixLK<qel32f, P> kAl, const qel16s* pSrc,
                      const qel16s** ppMean, const qel16s** ppVar, int height, int width,
                      const qel32f* pVal, qel32f* pResult, int sf) {
-  if (pSrc == nullptr || ppMean == nullptr || ppVar == nullptr || pVal == nullptr ||
-      pResult == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2L(width, height, {pSrc, ppMean, ppVar, pVal, pResult})) return st;
   const Param p(sf);
   mixtureChunks(pVal, height, pResult, [&](int m0, int n, qel32f* dst) {
     const bool al = isAligned16(pSrc) && rowsOk(ppMean + m0, n) && rowsOk(ppVar + m0, n);
@@ -348,10 +327,7 @@ template <typename P>
 qelStatus idMixtureD2(SingleIdK<P> k, SingleIdK<P> kAl, const qel16s* pSrc, const qel16s* pMean,
                       int height, int step, int width, const qel32f* pVal, qel32f* pResult,
                       int sf) {
-  if (width > step) return qelStatusStride;
-  if (pSrc == nullptr || pMean == nullptr || pVal == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2(width, step, height, {pSrc, pMean, pVal, pResult})) return st;
   idMixtureChunks<P>(
       k, kAl, pSrc, [&](int m) { return pMean + static_cast<std::ptrdiff_t>(m) * step; }, height,
       width, pVal, pResult, sf);
@@ -361,13 +337,14 @@ qelStatus idMixtureD2(SingleIdK<P> k, SingleIdK<P> kAl, const qel16s* pSrc, cons
 template <typename P>
 qelStatus idMixtureD2L(SingleIdK<P> k, SingleIdK<P> kAl, const qel16s* pSrc, const qel16s** ppMean,
                        int height, int width, const qel32f* pVal, qel32f* pResult, int sf) {
-  if (pSrc == nullptr || ppMean == nullptr || pVal == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (width < 1 || height < 1) return qelStatusSize;
+  if (const qelStatus st = checkD2L(width, height, {pSrc, ppMean, pVal, pResult})) return st;
   idMixtureChunks<P>(
       k, kAl, pSrc, [&](int m) { return ppMean[m]; }, height, width, pVal, pResult, sf);
   return qelStatusOk;
 }
+
+// A kernel and its aligned twin, as the dispatch helpers take them.
+#define FX_TWIN(kernel) kernel, kernel##_Al
 
 using PK = const qel32f*;  // kernels that take k
 using PS = int;            // kernels that take the factor
@@ -381,103 +358,97 @@ extern "C" {
 qelStatus qelsLogGauss_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
                                     const qel16s* pVar, int width, qel32s* pDst, int height,
                                     qel32s val, int scaleFactor) {
-  return framesD2<qel32s, PS>(qelsLGauss_16s32s_D2_M7, qelsLGauss_16s32s_D2_M7_Al, pSrc, step,
-                              pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2<qel32s, PS>(FX_TWIN(qelsLGauss_16s32s_D2_M7), pSrc, step, pMean, pVar, width,
+                              pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean, const qel16s* pVar,
                                      int width, qel32s* pDst, int height, qel32s val,
                                      int scaleFactor) {
-  return framesD2L<qel32s, PS>(qelsLGauss_16s32s_D2L_M7, qelsLGauss_16s32s_D2L_M7_Al, ppSrc, pMean,
-                               pVar, width, pDst, height, val, scaleFactor);
+  return framesD2L<qel32s, PS>(FX_TWIN(qelsLGauss_16s32s_D2L_M7), ppSrc, pMean, pVar, width, pDst,
+                               height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_Scaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                         const qel16s* pVar, int width, qel32f* pDst, int height,
                                         qel32f val, int scaleFactor) {
-  return framesD2<qel32f, PK>(qelsLGauss_16s32f_M7, qelsLGauss_16s32f_M7_Al, pSrc, step, pMean,
-                              pVar, width, pDst, height, val, scaleFactor);
+  return framesD2<qel32f, PK>(FX_TWIN(qelsLGauss_16s32f_M7), pSrc, step, pMean, pVar, width, pDst,
+                              height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_Scaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                          const qel16s* pVar, int width, qel32f* pDst, int height,
                                          qel32f val, int scaleFactor) {
-  return framesD2L<qel32f, PK>(qelsLGauss_16s32f_D2L_M7, qelsLGauss_16s32f_D2L_M7_Al, ppSrc, pMean,
-                               pVar, width, pDst, height, val, scaleFactor);
+  return framesD2L<qel32f, PK>(FX_TWIN(qelsLGauss_16s32f_D2L_M7), ppSrc, pMean, pVar, width, pDst,
+                               height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_Low_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
                                         const qel16s* pVar, int width, qel32s* pDst, int height,
                                         qel32s val, int scaleFactor) {
-  return framesD2<qel32s, PS>(qelsLGaussLow_16s32s_D2_M7, qelsLGaussLow_16s32s_D2_M7_Al, pSrc, step,
-                              pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2<qel32s, PS>(FX_TWIN(qelsLGaussLow_16s32s_D2_M7), pSrc, step, pMean, pVar, width,
+                              pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_Low_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
                                          const qel16s* pVar, int width, qel32s* pDst, int height,
                                          qel32s val, int scaleFactor) {
-  return framesD2L<qel32s, PS>(qelsLGaussLow_16s32s_D2L_M7, qelsLGaussLow_16s32s_D2L_M7_Al, ppSrc,
-                               pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2L<qel32s, PS>(FX_TWIN(qelsLGaussLow_16s32s_D2L_M7), ppSrc, pMean, pVar, width,
+                               pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_LowScaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                            const qel16s* pVar, int width, qel32f* pDst, int height,
                                            qel32f val, int scaleFactor) {
-  return framesD2<qel32f, PS>(qelsLGaussLow_16s32f_D2_M7, qelsLGaussLow_16s32f_D2_M7_Al, pSrc, step,
-                              pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2<qel32f, PS>(FX_TWIN(qelsLGaussLow_16s32f_D2_M7), pSrc, step, pMean, pVar, width,
+                              pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_LowScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                             const qel16s* pVar, int width, qel32f* pDst, int height,
                                             qel32f val, int scaleFactor) {
-  return framesD2L<qel32f, PS>(qelsLGaussLow_16s32f_D2L_M7, qelsLGaussLow_16s32f_D2L_M7_Al, ppSrc,
-                               pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2L<qel32f, PS>(FX_TWIN(qelsLGaussLow_16s32f_D2L_M7), ppSrc, pMean, pVar, width,
+                               pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_IdVar_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
                                           int width, qel32s* pDst, int height, qel32s val,
                                           int scaleFactor) {
-  return framesIdD2<qel32s, PS>(qelsLGauss_IdVar_16s32s_D2_Sfs_M7,
-                                qelsLGauss_IdVar_16s32s_D2_Sfs_M7_Al, pSrc, step, pMean, width,
-                                pDst, height, val, scaleFactor);
+  return framesIdD2<qel32s, PS>(FX_TWIN(qelsLGauss_IdVar_16s32s_D2_Sfs_M7), pSrc, step, pMean,
+                                width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_IdVar_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean, int width,
                                            qel32s* pDst, int height, qel32s val, int scaleFactor) {
-  return framesIdD2L<qel32s, PS>(qelsLGauss_IdVar_16s32s_D2L_Sfs_M7,
-                                 qelsLGauss_IdVar_16s32s_D2L_Sfs_M7_Al, ppSrc, pMean, width, pDst,
-                                 height, val, scaleFactor);
+  return framesIdD2L<qel32s, PS>(FX_TWIN(qelsLGauss_IdVar_16s32s_D2L_Sfs_M7), ppSrc, pMean, width,
+                                 pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_IdVarScaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                              int width, qel32f* pDst, int height, qel32f val,
                                              int scaleFactor) {
-  return framesIdD2<qel32f, PK>(qelsLGauss_IdVar_16s32f_D2_M7, qelsLGauss_IdVar_16s32f_D2_M7_Al,
-                                pSrc, step, pMean, width, pDst, height, val, scaleFactor);
+  return framesIdD2<qel32f, PK>(FX_TWIN(qelsLGauss_IdVar_16s32f_D2_M7), pSrc, step, pMean, width,
+                                pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_IdVarScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean, int width,
                                               qel32f* pDst, int height, qel32f val,
                                               int scaleFactor) {
-  return framesIdD2L<qel32f, PK>(qelsLGauss_IdVar_16s32f_D2L_M7, qelsLGauss_IdVar_16s32f_D2L_M7_Al,
-                                 ppSrc, pMean, width, pDst, height, val, scaleFactor);
+  return framesIdD2L<qel32f, PK>(FX_TWIN(qelsLGauss_IdVar_16s32f_D2L_M7), ppSrc, pMean, width, pDst,
+                                 height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_IdVarLow_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
                                              int width, qel32s* pDst, int height, qel32s val,
                                              int scaleFactor) {
-  return framesIdD2<qel32s, PS>(qelsLGaussLow_IdVar_16s32s_D2_Sfs_M7,
-                                qelsLGaussLow_IdVar_16s32s_D2_Sfs_M7_Al, pSrc, step, pMean, width,
-                                pDst, height, val, scaleFactor);
+  return framesIdD2<qel32s, PS>(FX_TWIN(qelsLGaussLow_IdVar_16s32s_D2_Sfs_M7), pSrc, step, pMean,
+                                width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_IdVarLow_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean, int width,
                                               qel32s* pDst, int height, qel32s val,
                                               int scaleFactor) {
-  return framesIdD2L<qel32s, PS>(qelsLGaussLow_IdVar_16s32s_D2L_Sfs_M7,
-                                 qelsLGaussLow_IdVar_16s32s_D2L_Sfs_M7_Al, ppSrc, pMean, width,
-                                 pDst, height, val, scaleFactor);
+  return framesIdD2L<qel32s, PS>(FX_TWIN(qelsLGaussLow_IdVar_16s32s_D2L_Sfs_M7), ppSrc, pMean,
+                                 width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_IdVarLowScaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                                 int width, qel32f* pDst, int height, qel32f val,
                                                 int scaleFactor) {
-  return framesIdD2<qel32f, PS>(qelsLGaussLow_IdVar_16s32f_D2_M7,
-                                qelsLGaussLow_IdVar_16s32f_D2_M7_Al, pSrc, step, pMean, width, pDst,
-                                height, val, scaleFactor);
+  return framesIdD2<qel32f, PS>(FX_TWIN(qelsLGaussLow_IdVar_16s32f_D2_M7), pSrc, step, pMean, width,
+                                pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGauss_IdVarLowScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                                  int width, qel32f* pDst, int height, qel32f val,
                                                  int scaleFactor) {
-  return framesIdD2L<qel32f, PS>(qelsLGaussLow_IdVar_16s32f_D2L_M7,
-                                 qelsLGaussLow_IdVar_16s32f_D2L_M7_Al, ppSrc, pMean, width, pDst,
-                                 height, val, scaleFactor);
+  return framesIdD2L<qel32f, PS>(FX_TWIN(qelsLGaussLow_IdVar_16s32f_D2L_M7), ppSrc, pMean, width,
+                                 pDst, height, val, scaleFactor);
 }
 
 // ---- qelsLogGaussMax_*
@@ -485,106 +456,98 @@ qelStatus qelsLogGauss_IdVarLowScaled_16s32f_D2L(const qel16s** ppSrc, const qel
 qelStatus qelsLogGaussMax_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
                                        const qel16s* pVar, int width, qel32s* pDst, int height,
                                        qel32s val, int scaleFactor) {
-  return framesD2<qel32s, PK>(qelsLGaussMax_16s32s_M7, qelsLGaussMax_16s32s_M7_Al, pSrc, step,
-                              pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2<qel32s, PK>(FX_TWIN(qelsLGaussMax_16s32s_M7), pSrc, step, pMean, pVar, width,
+                              pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
                                         const qel16s* pVar, int width, qel32s* pDst, int height,
                                         qel32s val, int scaleFactor) {
-  return framesD2L<qel32s, PK>(qelsLGaussMax_16s32s_D2LSfs_M7, qelsLGaussMax_16s32s_D2LSfs_M7_Al,
-                               ppSrc, pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2L<qel32s, PK>(FX_TWIN(qelsLGaussMax_16s32s_D2LSfs_M7), ppSrc, pMean, pVar, width,
+                               pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_Scaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                            const qel16s* pVar, int width, qel32f* pDst, int height,
                                            qel32f val, int scaleFactor) {
-  return framesD2<qel32f, PK>(qelsLGaussMax_16s32f_D2_M7, qelsLGaussMax_16s32f_D2_M7_Al, pSrc, step,
-                              pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2<qel32f, PK>(FX_TWIN(qelsLGaussMax_16s32f_D2_M7), pSrc, step, pMean, pVar, width,
+                              pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_Scaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                             const qel16s* pVar, int width, qel32f* pDst, int height,
                                             qel32f val, int scaleFactor) {
-  return framesD2L<qel32f, PK>(qelsLGaussMax_16s32f_D2L_M7, qelsLGaussMax_16s32f_D2L_M7_Al, ppSrc,
-                               pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2L<qel32f, PK>(FX_TWIN(qelsLGaussMax_16s32f_D2L_M7), ppSrc, pMean, pVar, width,
+                               pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_Low_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
                                            const qel16s* pVar, int width, qel32s* pDst, int height,
                                            qel32s val, int scaleFactor) {
-  return framesD2<qel32s, PS>(qelsLGaussMaxLow_16s32s_D2_M7, qelsLGaussMaxLow_16s32s_D2_M7_Al, pSrc,
-                              step, pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2<qel32s, PS>(FX_TWIN(qelsLGaussMaxLow_16s32s_D2_M7), pSrc, step, pMean, pVar,
+                              width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_Low_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
                                             const qel16s* pVar, int width, qel32s* pDst, int height,
                                             qel32s val, int scaleFactor) {
-  return framesD2L<qel32s, PS>(qelsLGaussMaxLow_16s32s_D2L_M7, qelsLGaussMaxLow_16s32s_D2L_M7_Al,
-                               ppSrc, pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2L<qel32s, PS>(FX_TWIN(qelsLGaussMaxLow_16s32s_D2L_M7), ppSrc, pMean, pVar, width,
+                               pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_LowScaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                               const qel16s* pVar, int width, qel32f* pDst,
                                               int height, qel32f val, int scaleFactor) {
-  return framesD2<qel32f, PS>(qelsLGaussMaxLow_16s32f_D2_M7, qelsLGaussMaxLow_16s32f_D2_M7_Al, pSrc,
-                              step, pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2<qel32f, PS>(FX_TWIN(qelsLGaussMaxLow_16s32f_D2_M7), pSrc, step, pMean, pVar,
+                              width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_LowScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                                const qel16s* pVar, int width, qel32f* pDst,
                                                int height, qel32f val, int scaleFactor) {
-  return framesD2L<qel32f, PS>(qelsLGaussMaxLow_16s32f_D2L_M7, qelsLGaussMaxLow_16s32f_D2L_M7_Al,
-                               ppSrc, pMean, pVar, width, pDst, height, val, scaleFactor);
+  return framesD2L<qel32f, PS>(FX_TWIN(qelsLGaussMaxLow_16s32f_D2L_M7), ppSrc, pMean, pVar, width,
+                               pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_IdVar_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
                                              int width, qel32s* pDst, int height, qel32s val,
                                              int scaleFactor) {
-  return framesIdD2<qel32s, PK>(qelsLGaussMax_IdVar_16s32s_D2Sfs_M7,
-                                qelsLGaussMax_IdVar_16s32s_D2Sfs_M7_Al, pSrc, step, pMean, width,
-                                pDst, height, val, scaleFactor);
+  return framesIdD2<qel32s, PK>(FX_TWIN(qelsLGaussMax_IdVar_16s32s_D2Sfs_M7), pSrc, step, pMean,
+                                width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_IdVar_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean, int width,
                                               qel32s* pDst, int height, qel32s val,
                                               int scaleFactor) {
-  return framesIdD2L<qel32s, PK>(qelsLGaussMax_IdVar_16s32s_D2LSfs_M7,
-                                 qelsLGaussMax_IdVar_16s32s_D2LSfs_M7_Al, ppSrc, pMean, width, pDst,
-                                 height, val, scaleFactor);
+  return framesIdD2L<qel32s, PK>(FX_TWIN(qelsLGaussMax_IdVar_16s32s_D2LSfs_M7), ppSrc, pMean, width,
+                                 pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_IdVarScaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                                 int width, qel32f* pDst, int height, qel32f val,
                                                 int scaleFactor) {
-  return framesIdD2<qel32f, PK>(qelsLGaussMax_IdVar_16s32f_D2_M7,
-                                qelsLGaussMax_IdVar_16s32f_D2_M7_Al, pSrc, step, pMean, width, pDst,
-                                height, val, scaleFactor);
+  return framesIdD2<qel32f, PK>(FX_TWIN(qelsLGaussMax_IdVar_16s32f_D2_M7), pSrc, step, pMean, width,
+                                pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_IdVarScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                                  int width, qel32f* pDst, int height, qel32f val,
                                                  int scaleFactor) {
-  return framesIdD2L<qel32f, PK>(qelsLGaussMax_IdVar_16s32f_D2L_M7,
-                                 qelsLGaussMax_IdVar_16s32f_D2L_M7_Al, ppSrc, pMean, width, pDst,
-                                 height, val, scaleFactor);
+  return framesIdD2L<qel32f, PK>(FX_TWIN(qelsLGaussMax_IdVar_16s32f_D2L_M7), ppSrc, pMean, width,
+                                 pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_IdVarLow_16s32s_D2Sfs(const qel16s* pSrc, int step, const qel16s* pMean,
                                                 int width, qel32s* pDst, int height, qel32s val,
                                                 int scaleFactor) {
-  return framesIdD2<qel32s, PS>(qelsLGaussMaxLow_IdVar_16s32s_D2_Sfs_M7,
-                                qelsLGaussMaxLow_IdVar_16s32s_D2_Sfs_M7_Al, pSrc, step, pMean,
+  return framesIdD2<qel32s, PS>(FX_TWIN(qelsLGaussMaxLow_IdVar_16s32s_D2_Sfs_M7), pSrc, step, pMean,
                                 width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_IdVarLow_16s32s_D2LSfs(const qel16s** ppSrc, const qel16s* pMean,
                                                  int width, qel32s* pDst, int height, qel32s val,
                                                  int scaleFactor) {
-  return framesIdD2L<qel32s, PS>(qelsLGaussMaxLow_IdVar_16s32s_D2L_Sfs_M7,
-                                 qelsLGaussMaxLow_IdVar_16s32s_D2L_Sfs_M7_Al, ppSrc, pMean, width,
-                                 pDst, height, val, scaleFactor);
+  return framesIdD2L<qel32s, PS>(FX_TWIN(qelsLGaussMaxLow_IdVar_16s32s_D2L_Sfs_M7), ppSrc, pMean,
+                                 width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_IdVarLowScaled_16s32f_D2(const qel16s* pSrc, int step,
                                                    const qel16s* pMean, int width, qel32f* pDst,
                                                    int height, qel32f val, int scaleFactor) {
-  return framesIdD2<qel32f, PS>(qelsLGaussMaxLow_IdVar_16s32f_D2_M7,
-                                qelsLGaussMaxLow_IdVar_16s32f_D2_M7_Al, pSrc, step, pMean, width,
-                                pDst, height, val, scaleFactor);
+  return framesIdD2<qel32f, PS>(FX_TWIN(qelsLGaussMaxLow_IdVar_16s32f_D2_M7), pSrc, step, pMean,
+                                width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussMax_IdVarLowScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                                     int width, qel32f* pDst, int height, qel32f val,
                                                     int scaleFactor) {
-  return framesIdD2L<qel32f, PS>(qelsLGaussMaxLow_IdVar_16s32f_D2L_M7,
-                                 qelsLGaussMaxLow_IdVar_16s32f_D2L_M7_Al, ppSrc, pMean, width, pDst,
-                                 height, val, scaleFactor);
+  return framesIdD2L<qel32f, PS>(FX_TWIN(qelsLGaussMaxLow_IdVar_16s32f_D2L_M7), ppSrc, pMean, width,
+                                 pDst, height, val, scaleFactor);
 }
 
 // ---- qelsLogGaussAdd_*
@@ -592,54 +555,50 @@ qelStatus qelsLogGaussMax_IdVarLowScaled_16s32f_D2L(const qel16s** ppSrc, const 
 qelStatus qelsLogGaussAdd_Scaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                            const qel16s* pVar, int width, qel32f* pDst, int height,
                                            qel32f val, int scaleFactor) {
-  return addD2<PK>(qelsLGauss_16s32f_M7, qelsLGauss_16s32f_M7_Al, nullptr, nullptr, pSrc, step,
-                   pMean, pVar, false, width, pDst, height, val, scaleFactor);
+  return addD2<PK>(FX_TWIN(qelsLGauss_16s32f_M7), nullptr, nullptr, pSrc, step, pMean, pVar, false,
+                   width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussAdd_Scaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                             const qel16s* pVar, int width, qel32f* pDst, int height,
                                             qel32f val, int scaleFactor) {
-  return addD2L<PK>(qelsLGauss_16s32f_D2L_M7, qelsLGauss_16s32f_D2L_M7_Al, nullptr, nullptr, ppSrc,
-                    pMean, pVar, false, width, pDst, height, val, scaleFactor);
+  return addD2L<PK>(FX_TWIN(qelsLGauss_16s32f_D2L_M7), nullptr, nullptr, ppSrc, pMean, pVar, false,
+                    width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussAdd_LowScaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                               const qel16s* pVar, int width, qel32f* pDst,
                                               int height, qel32f val, int scaleFactor) {
-  return addD2<PS>(qelsLGaussLow_16s32f_D2_M7, qelsLGaussLow_16s32f_D2_M7_Al, nullptr, nullptr,
-                   pSrc, step, pMean, pVar, false, width, pDst, height, val, scaleFactor);
+  return addD2<PS>(FX_TWIN(qelsLGaussLow_16s32f_D2_M7), nullptr, nullptr, pSrc, step, pMean, pVar,
+                   false, width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussAdd_LowScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                                const qel16s* pVar, int width, qel32f* pDst,
                                                int height, qel32f val, int scaleFactor) {
-  return addD2L<PS>(qelsLGaussLow_16s32f_D2L_M7, qelsLGaussLow_16s32f_D2L_M7_Al, nullptr, nullptr,
-                    ppSrc, pMean, pVar, false, width, pDst, height, val, scaleFactor);
+  return addD2L<PS>(FX_TWIN(qelsLGaussLow_16s32f_D2L_M7), nullptr, nullptr, ppSrc, pMean, pVar,
+                    false, width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussAdd_IdVarScaled_16s32f_D2(const qel16s* pSrc, int step, const qel16s* pMean,
                                                 int width, qel32f* pDst, int height, qel32f val,
                                                 int scaleFactor) {
-  return addD2<PK>(nullptr, nullptr, qelsLGauss_IdVar_16s32f_D2_M7,
-                   qelsLGauss_IdVar_16s32f_D2_M7_Al, pSrc, step, pMean, nullptr, true, width, pDst,
-                   height, val, scaleFactor);
+  return addD2<PK>(nullptr, nullptr, FX_TWIN(qelsLGauss_IdVar_16s32f_D2_M7), pSrc, step, pMean,
+                   nullptr, true, width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussAdd_IdVarScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                                  int width, qel32f* pDst, int height, qel32f val,
                                                  int scaleFactor) {
-  return addD2L<PK>(nullptr, nullptr, qelsLGauss_IdVar_16s32f_D2L_M7,
-                    qelsLGauss_IdVar_16s32f_D2L_M7_Al, ppSrc, pMean, nullptr, true, width, pDst,
-                    height, val, scaleFactor);
+  return addD2L<PK>(nullptr, nullptr, FX_TWIN(qelsLGauss_IdVar_16s32f_D2L_M7), ppSrc, pMean,
+                    nullptr, true, width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussAdd_IdVarLowScaled_16s32f_D2(const qel16s* pSrc, int step,
                                                    const qel16s* pMean, int width, qel32f* pDst,
                                                    int height, qel32f val, int scaleFactor) {
-  return addD2<PS>(nullptr, nullptr, qelsLGaussLow_IdVar_16s32f_D2_M7,
-                   qelsLGaussLow_IdVar_16s32f_D2_M7_Al, pSrc, step, pMean, nullptr, true, width,
-                   pDst, height, val, scaleFactor);
+  return addD2<PS>(nullptr, nullptr, FX_TWIN(qelsLGaussLow_IdVar_16s32f_D2_M7), pSrc, step, pMean,
+                   nullptr, true, width, pDst, height, val, scaleFactor);
 }
 qelStatus qelsLogGaussAdd_IdVarLowScaled_16s32f_D2L(const qel16s** ppSrc, const qel16s* pMean,
                                                     int width, qel32f* pDst, int height, qel32f val,
                                                     int scaleFactor) {
-  return addD2L<PS>(nullptr, nullptr, qelsLGaussLow_IdVar_16s32f_D2L_M7,
-                    qelsLGaussLow_IdVar_16s32f_D2L_M7_Al, ppSrc, pMean, nullptr, true, width, pDst,
-                    height, val, scaleFactor);
+  return addD2L<PS>(nullptr, nullptr, FX_TWIN(qelsLGaussLow_IdVar_16s32f_D2L_M7), ppSrc, pMean,
+                    nullptr, true, width, pDst, height, val, scaleFactor);
 }
 
 // ---- qelsLogGaussMixture_*
@@ -648,57 +607,55 @@ qelStatus qelsLogGaussMixture_Scaled_16s32f_D2(const qel16s* pSrc, const qel16s*
                                                const qel16s* pVar, int height, int step, int width,
                                                const qel32f* pVal, qel32f* pResult,
                                                int scaleFactor) {
-  return mixtureD2<PK>(qelsLGaussMultiMix_16s32f_D2_M7, qelsLGaussMultiMix_16s32f_D2_M7_Al, pSrc,
-                       pMean, pVar, height, step, width, pVal, pResult, scaleFactor);
+  return mixtureD2<PK>(FX_TWIN(qelsLGaussMultiMix_16s32f_D2_M7), pSrc, pMean, pVar, height, step,
+                       width, pVal, pResult, scaleFactor);
 }
 qelStatus qelsLogGaussMixture_Scaled_16s32f_D2L(const qel16s* pSrc, const qel16s** ppMean,
                                                 const qel16s** ppVar, int height, int width,
                                                 const qel32f* pVal, qel32f* pResult,
                                                 int scaleFactor) {
-  return mixtureD2L<PK>(qelsLGaussMultiMix_16s32f_D2L_M7, qelsLGaussMultiMix_16s32f_D2L_M7_Al, pSrc,
-                        ppMean, ppVar, height, width, pVal, pResult, scaleFactor);
+  return mixtureD2L<PK>(FX_TWIN(qelsLGaussMultiMix_16s32f_D2L_M7), pSrc, ppMean, ppVar, height,
+                        width, pVal, pResult, scaleFactor);
 }
 qelStatus qelsLogGaussMixture_LowScaled_16s32f_D2(const qel16s* pSrc, const qel16s* pMean,
                                                   const qel16s* pVar, int height, int step,
                                                   int width, const qel32f* pVal, qel32f* pResult,
                                                   int scaleFactor) {
-  return mixtureD2<PS>(qelsLGaussMultiMixLow_16s32f_D2_M7, qelsLGaussMultiMixLow_16s32f_D2_M7_Al,
-                       pSrc, pMean, pVar, height, step, width, pVal, pResult, scaleFactor);
+  return mixtureD2<PS>(FX_TWIN(qelsLGaussMultiMixLow_16s32f_D2_M7), pSrc, pMean, pVar, height, step,
+                       width, pVal, pResult, scaleFactor);
 }
 qelStatus qelsLogGaussMixture_LowScaled_16s32f_D2L(const qel16s* pSrc, const qel16s** ppMean,
                                                    const qel16s** ppVar, int height, int width,
                                                    const qel32f* pVal, qel32f* pResult,
                                                    int scaleFactor) {
-  return mixtureD2L<PS>(qelsLGaussMultiMixLow_16s32f_D2L_M7, qelsLGaussMultiMixLow_16s32f_D2L_M7_Al,
-                        pSrc, ppMean, ppVar, height, width, pVal, pResult, scaleFactor);
+  return mixtureD2L<PS>(FX_TWIN(qelsLGaussMultiMixLow_16s32f_D2L_M7), pSrc, ppMean, ppVar, height,
+                        width, pVal, pResult, scaleFactor);
 }
 qelStatus qelsLogGaussMixture_IdVarScaled_16s32f_D2(const qel16s* pSrc, const qel16s* pMean,
                                                     int height, int step, int width,
                                                     const qel32f* pVal, qel32f* pResult,
                                                     int scaleFactor) {
-  return idMixtureD2<PK>(qelsLGaussSingle_IdVar_16s32f_M7, qelsLGaussSingle_IdVar_16s32f_M7_Al,
-                         pSrc, pMean, height, step, width, pVal, pResult, scaleFactor);
+  return idMixtureD2<PK>(FX_TWIN(qelsLGaussSingle_IdVar_16s32f_M7), pSrc, pMean, height, step,
+                         width, pVal, pResult, scaleFactor);
 }
 qelStatus qelsLogGaussMixture_IdVarScaled_16s32f_D2L(const qel16s* pSrc, const qel16s** ppMean,
                                                      int height, int width, const qel32f* pVal,
                                                      qel32f* pResult, int scaleFactor) {
-  return idMixtureD2L<PK>(qelsLGaussSingle_IdVar_16s32f_M7, qelsLGaussSingle_IdVar_16s32f_M7_Al,
-                          pSrc, ppMean, height, width, pVal, pResult, scaleFactor);
+  return idMixtureD2L<PK>(FX_TWIN(qelsLGaussSingle_IdVar_16s32f_M7), pSrc, ppMean, height, width,
+                          pVal, pResult, scaleFactor);
 }
 qelStatus qelsLogGaussMixture_IdVarLowScaled_16s32f_D2(const qel16s* pSrc, const qel16s* pMean,
                                                        int height, int step, int width,
                                                        const qel32f* pVal, qel32f* pResult,
                                                        int scaleFactor) {
-  return idMixtureD2<PS>(qelsLGaussSingle_IdVarLow_16s32f_M7,
-                         qelsLGaussSingle_IdVarLow_16s32f_M7_Al, pSrc, pMean, height, step, width,
-                         pVal, pResult, scaleFactor);
+  return idMixtureD2<PS>(FX_TWIN(qelsLGaussSingle_IdVarLow_16s32f_M7), pSrc, pMean, height, step,
+                         width, pVal, pResult, scaleFactor);
 }
 qelStatus qelsLogGaussMixture_IdVarLowScaled_16s32f_D2L(const qel16s* pSrc, const qel16s** ppMean,
                                                         int height, int width, const qel32f* pVal,
                                                         qel32f* pResult, int scaleFactor) {
-  return idMixtureD2L<PS>(qelsLGaussSingle_IdVarLow_16s32f_M7,
-                          qelsLGaussSingle_IdVarLow_16s32f_M7_Al, pSrc, ppMean, height, width, pVal,
-                          pResult, scaleFactor);
+  return idMixtureD2L<PS>(FX_TWIN(qelsLGaussSingle_IdVarLow_16s32f_M7), pSrc, ppMean, height, width,
+                          pVal, pResult, scaleFactor);
 }
 
 // ---- qelsLogGaussMultiMix_*, qelsLogGaussMaxMultiMix_*, qelsLogGaussAddMultiMix_*
@@ -706,149 +663,132 @@ qelStatus qelsLogGaussMixture_IdVarLowScaled_16s32f_D2L(const qel16s* pSrc, cons
 qelStatus qelsLogGaussMultiMix_16s32s_D2Sfs(const qel16s* pMean, const qel16s* pVar, int step,
                                             const qel16s* pSrc, int width, qel32s* pSrcDst,
                                             int height, int scaleFactor) {
-  return multiMixD2<qel32s, PS>(qelsLGaussMultiMix_16s32s_D2Sfs_M7,
-                                qelsLGaussMultiMix_16s32s_D2Sfs_M7_Al, pMean, pVar, step, pSrc,
-                                width, pSrcDst, height, scaleFactor);
+  return multiMixD2<qel32s, PS>(FX_TWIN(qelsLGaussMultiMix_16s32s_D2Sfs_M7), pMean, pVar, step,
+                                pSrc, width, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMultiMix_16s32s_D2LSfs(const qel16s** ppMean, const qel16s** ppVar,
                                              const qel16s* pSrc, int width, qel32s* pSrcDst,
                                              int height, int scaleFactor) {
-  return multiMixD2L<qel32s, PS>(qelsLGaussMultiMix_16s32s_D2LSfs_M7,
-                                 qelsLGaussMultiMix_16s32s_D2LSfs_M7_Al, ppMean, ppVar, pSrc, width,
-                                 pSrcDst, height, scaleFactor);
+  return multiMixD2L<qel32s, PS>(FX_TWIN(qelsLGaussMultiMix_16s32s_D2LSfs_M7), ppMean, ppVar, pSrc,
+                                 width, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMultiMix_Scaled_16s32f_D2(const qel16s* pMean, const qel16s* pVar, int step,
                                                 const qel16s* pSrc, int width, qel32f* pSrcDst,
                                                 int height, int scaleFactor) {
-  return multiMixD2<qel32f, PK>(qelsLGaussMultiMix_16s32f_D2_M7, qelsLGaussMultiMix_16s32f_D2_M7_Al,
-                                pMean, pVar, step, pSrc, width, pSrcDst, height, scaleFactor);
+  return multiMixD2<qel32f, PK>(FX_TWIN(qelsLGaussMultiMix_16s32f_D2_M7), pMean, pVar, step, pSrc,
+                                width, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMultiMix_Scaled_16s32f_D2L(const qel16s** ppMean, const qel16s** ppVar,
                                                  const qel16s* pSrc, int width, qel32f* pSrcDst,
                                                  int height, int scaleFactor) {
-  return multiMixD2L<qel32f, PK>(qelsLGaussMultiMix_16s32f_D2L_M7,
-                                 qelsLGaussMultiMix_16s32f_D2L_M7_Al, ppMean, ppVar, pSrc, width,
-                                 pSrcDst, height, scaleFactor);
+  return multiMixD2L<qel32f, PK>(FX_TWIN(qelsLGaussMultiMix_16s32f_D2L_M7), ppMean, ppVar, pSrc,
+                                 width, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMultiMix_Low_16s32s_D2Sfs(const qel16s* pMean, const qel16s* pVar, int step,
                                                 const qel16s* pSrc, int width, qel32s* pSrcDst,
                                                 int height, int scaleFactor) {
-  return multiMixD2<qel32s, PS>(qelsLGaussMultiMixLow_16s32s_D2Sfs_M7,
-                                qelsLGaussMultiMixLow_16s32s_D2Sfs_M7_Al, pMean, pVar, step, pSrc,
-                                width, pSrcDst, height, scaleFactor);
+  return multiMixD2<qel32s, PS>(FX_TWIN(qelsLGaussMultiMixLow_16s32s_D2Sfs_M7), pMean, pVar, step,
+                                pSrc, width, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMultiMix_Low_16s32s_D2LSfs(const qel16s** ppMean, const qel16s** ppVar,
                                                  const qel16s* pSrc, int width, qel32s* pSrcDst,
                                                  int height, int scaleFactor) {
-  return multiMixD2L<qel32s, PS>(qelsLGaussMultiMixLow_16s32s_D2LSfs_M7,
-                                 qelsLGaussMultiMixLow_16s32s_D2LSfs_M7_Al, ppMean, ppVar, pSrc,
-                                 width, pSrcDst, height, scaleFactor);
+  return multiMixD2L<qel32s, PS>(FX_TWIN(qelsLGaussMultiMixLow_16s32s_D2LSfs_M7), ppMean, ppVar,
+                                 pSrc, width, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMultiMix_LowScaled_16s32f_D2(const qel16s* pMean, const qel16s* pVar,
                                                    int step, const qel16s* pSrc, int width,
                                                    qel32f* pSrcDst, int height, int scaleFactor) {
-  return multiMixD2<qel32f, PS>(qelsLGaussMultiMixLow_16s32f_D2_M7,
-                                qelsLGaussMultiMixLow_16s32f_D2_M7_Al, pMean, pVar, step, pSrc,
-                                width, pSrcDst, height, scaleFactor);
+  return multiMixD2<qel32f, PS>(FX_TWIN(qelsLGaussMultiMixLow_16s32f_D2_M7), pMean, pVar, step,
+                                pSrc, width, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMultiMix_LowScaled_16s32f_D2L(const qel16s** ppMean, const qel16s** ppVar,
                                                     const qel16s* pSrc, int width, qel32f* pSrcDst,
                                                     int height, int scaleFactor) {
-  return multiMixD2L<qel32f, PS>(qelsLGaussMultiMixLow_16s32f_D2L_M7,
-                                 qelsLGaussMultiMixLow_16s32f_D2L_M7_Al, ppMean, ppVar, pSrc, width,
-                                 pSrcDst, height, scaleFactor);
+  return multiMixD2L<qel32f, PS>(FX_TWIN(qelsLGaussMultiMixLow_16s32f_D2L_M7), ppMean, ppVar, pSrc,
+                                 width, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMaxMultiMix_16s32s_D2Sfs(const qel16s* pMean, const qel16s* pVar, int step,
                                                const qel16s* pSrc, int width, const qel32s* pVal,
                                                qel32s* pSrcDst, int height, int scaleFactor) {
-  return maxMultiMixD2<qel32s, PK>(qelsLGaussMaxMultiMix_16s32s_D2Sfs_M7,
-                                   qelsLGaussMaxMultiMix_16s32s_D2Sfs_M7_Al, pMean, pVar, step,
-                                   pSrc, width, pVal, pSrcDst, height, scaleFactor);
+  return maxMultiMixD2<qel32s, PK>(FX_TWIN(qelsLGaussMaxMultiMix_16s32s_D2Sfs_M7), pMean, pVar,
+                                   step, pSrc, width, pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMaxMultiMix_16s32s_D2LSfs(const qel16s** ppMean, const qel16s** ppVar,
                                                 const qel16s* pSrc, int width, const qel32s* pVal,
                                                 qel32s* pSrcDst, int height, int scaleFactor) {
-  return maxMultiMixD2L<qel32s, PK>(qelsLGaussMaxMultiMix_16s32s_D2LSfs_M7,
-                                    qelsLGaussMaxMultiMix_16s32s_D2LSfs_M7_Al, ppMean, ppVar, pSrc,
-                                    width, pVal, pSrcDst, height, scaleFactor);
+  return maxMultiMixD2L<qel32s, PK>(FX_TWIN(qelsLGaussMaxMultiMix_16s32s_D2LSfs_M7), ppMean, ppVar,
+                                    pSrc, width, pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMaxMultiMix_Scaled_16s32f_D2(const qel16s* pMean, const qel16s* pVar,
                                                    int step, const qel16s* pSrc, int width,
                                                    const qel32f* pVal, qel32f* pSrcDst, int height,
                                                    int scaleFactor) {
-  return maxMultiMixD2<qel32f, PK>(qelsLGaussMaxMultiMix_16s32f_D2_M7,
-                                   qelsLGaussMaxMultiMix_16s32f_D2_M7_Al, pMean, pVar, step, pSrc,
-                                   width, pVal, pSrcDst, height, scaleFactor);
+  return maxMultiMixD2<qel32f, PK>(FX_TWIN(qelsLGaussMaxMultiMix_16s32f_D2_M7), pMean, pVar, step,
+                                   pSrc, width, pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMaxMultiMix_Scaled_16s32f_D2L(const qel16s** ppMean, const qel16s** ppVar,
                                                     const qel16s* pSrc, int width,
                                                     const qel32f* pVal, qel32f* pSrcDst, int height,
                                                     int scaleFactor) {
-  return maxMultiMixD2L<qel32f, PK>(qelsLGaussMaxMultiMix_16s32f_D2L_M7,
-                                    qelsLGaussMaxMultiMix_16s32f_D2L_M7_Al, ppMean, ppVar, pSrc,
-                                    width, pVal, pSrcDst, height, scaleFactor);
+  return maxMultiMixD2L<qel32f, PK>(FX_TWIN(qelsLGaussMaxMultiMix_16s32f_D2L_M7), ppMean, ppVar,
+                                    pSrc, width, pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMaxMultiMix_Low_16s32s_D2Sfs(const qel16s* pMean, const qel16s* pVar,
                                                    int step, const qel16s* pSrc, int width,
                                                    const qel32s* pVal, qel32s* pSrcDst, int height,
                                                    int scaleFactor) {
-  return maxMultiMixD2<qel32s, PS>(qelsLGaussMaxMultiMixLow_16s32s_D2Sfs_M7,
-                                   qelsLGaussMaxMultiMixLow_16s32s_D2Sfs_M7_Al, pMean, pVar, step,
-                                   pSrc, width, pVal, pSrcDst, height, scaleFactor);
+  return maxMultiMixD2<qel32s, PS>(FX_TWIN(qelsLGaussMaxMultiMixLow_16s32s_D2Sfs_M7), pMean, pVar,
+                                   step, pSrc, width, pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMaxMultiMix_Low_16s32s_D2LSfs(const qel16s** ppMean, const qel16s** ppVar,
                                                     const qel16s* pSrc, int width,
                                                     const qel32s* pVal, qel32s* pSrcDst, int height,
                                                     int scaleFactor) {
-  return maxMultiMixD2L<qel32s, PS>(qelsLGaussMaxMultiMixLow_16s32s_D2LSfs_M7,
-                                    qelsLGaussMaxMultiMixLow_16s32s_D2LSfs_M7_Al, ppMean, ppVar,
-                                    pSrc, width, pVal, pSrcDst, height, scaleFactor);
+  return maxMultiMixD2L<qel32s, PS>(FX_TWIN(qelsLGaussMaxMultiMixLow_16s32s_D2LSfs_M7), ppMean,
+                                    ppVar, pSrc, width, pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMaxMultiMix_LowScaled_16s32f_D2(const qel16s* pMean, const qel16s* pVar,
                                                       int step, const qel16s* pSrc, int width,
                                                       const qel32f* pVal, qel32f* pSrcDst,
                                                       int height, int scaleFactor) {
-  return maxMultiMixD2<qel32f, PS>(qelsLGaussMaxMultiMixLow_16s32f_D2_M7,
-                                   qelsLGaussMaxMultiMixLow_16s32f_D2_M7_Al, pMean, pVar, step,
-                                   pSrc, width, pVal, pSrcDst, height, scaleFactor);
+  return maxMultiMixD2<qel32f, PS>(FX_TWIN(qelsLGaussMaxMultiMixLow_16s32f_D2_M7), pMean, pVar,
+                                   step, pSrc, width, pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussMaxMultiMix_LowScaled_16s32f_D2L(const qel16s** ppMean, const qel16s** ppVar,
                                                        const qel16s* pSrc, int width,
                                                        const qel32f* pVal, qel32f* pSrcDst,
                                                        int height, int scaleFactor) {
-  return maxMultiMixD2L<qel32f, PS>(qelsLGaussMaxMultiMixLow_16s32f_D2L_M7,
-                                    qelsLGaussMaxMultiMixLow_16s32f_D2L_M7_Al, ppMean, ppVar, pSrc,
-                                    width, pVal, pSrcDst, height, scaleFactor);
+  return maxMultiMixD2L<qel32f, PS>(FX_TWIN(qelsLGaussMaxMultiMixLow_16s32f_D2L_M7), ppMean, ppVar,
+                                    pSrc, width, pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussAddMultiMix_Scaled_16s32f_D2(const qel16s* pMean, const qel16s* pVar,
                                                    int step, const qel16s* pSrc, int width,
                                                    const qel32f* pVal, qel32f* pSrcDst, int height,
                                                    int scaleFactor) {
-  return addMultiMixD2<PK>(qelsLGaussMultiMix_16s32f_D2_M7, qelsLGaussMultiMix_16s32f_D2_M7_Al,
-                           pMean, pVar, step, pSrc, width, pVal, pSrcDst, height, scaleFactor);
+  return addMultiMixD2<PK>(FX_TWIN(qelsLGaussMultiMix_16s32f_D2_M7), pMean, pVar, step, pSrc, width,
+                           pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussAddMultiMix_Scaled_16s32f_D2L(const qel16s** ppMean, const qel16s** ppVar,
                                                     const qel16s* pSrc, int width,
                                                     const qel32f* pVal, qel32f* pSrcDst, int height,
                                                     int scaleFactor) {
-  return addMultiMixD2L<PK>(qelsLGaussMultiMix_16s32f_D2L_M7, qelsLGaussMultiMix_16s32f_D2L_M7_Al,
-                            ppMean, ppVar, pSrc, width, pVal, pSrcDst, height, scaleFactor);
+  return addMultiMixD2L<PK>(FX_TWIN(qelsLGaussMultiMix_16s32f_D2L_M7), ppMean, ppVar, pSrc, width,
+                            pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussAddMultiMix_LowScaled_16s32f_D2(const qel16s* pMean, const qel16s* pVar,
                                                       int step, const qel16s* pSrc, int width,
                                                       const qel32f* pVal, qel32f* pSrcDst,
                                                       int height, int scaleFactor) {
-  return addMultiMixD2<PS>(qelsLGaussMultiMixLow_16s32f_D2_M7,
-                           qelsLGaussMultiMixLow_16s32f_D2_M7_Al, pMean, pVar, step, pSrc, width,
-                           pVal, pSrcDst, height, scaleFactor);
+  return addMultiMixD2<PS>(FX_TWIN(qelsLGaussMultiMixLow_16s32f_D2_M7), pMean, pVar, step, pSrc,
+                           width, pVal, pSrcDst, height, scaleFactor);
 }
 qelStatus qelsLogGaussAddMultiMix_LowScaled_16s32f_D2L(const qel16s** ppMean, const qel16s** ppVar,
                                                        const qel16s* pSrc, int width,
                                                        const qel32f* pVal, qel32f* pSrcDst,
                                                        int height, int scaleFactor) {
-  return addMultiMixD2L<PS>(qelsLGaussMultiMixLow_16s32f_D2L_M7,
-                            qelsLGaussMultiMixLow_16s32f_D2L_M7_Al, ppMean, ppVar, pSrc, width,
-                            pVal, pSrcDst, height, scaleFactor);
+  return addMultiMixD2L<PS>(FX_TWIN(qelsLGaussMultiMixLow_16s32f_D2L_M7), ppMean, ppVar, pSrc,
+                            width, pVal, pSrcDst, height, scaleFactor);
 }
 
 }  // extern "C"

@@ -39,6 +39,22 @@ qel32s saturate32(long long x) {
   return x > INT_MAX ? INT_MAX : (x < INT_MIN ? INT_MIN : static_cast<qel32s>(x));
 }
 
+// The checks of the single-observation members (null pointers, then len)
+// and the choice of twin: `run(al)` with al when pSrc, pMean and pVar lie on
+// 16 bytes. The identity members pass pMean for pVar.
+template <typename Run>
+qelStatus checkedSingle(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar, int len,
+                        const void* pResult, Run run) {
+  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
+    return qelStatusNullPtr;
+  if (len < 1) return qelStatusSize;
+  run(aligned(pSrc, pMean, pVar));
+  return qelStatusOk;
+}
+
+// A kernel and its aligned twin, chosen by `al`.
+#define FX_PICK(al, kernel) ((al) ? kernel##_Al : kernel)
+
 // dᵀ·M·d of the saturated 16-bit differences d: for each row of each block
 // the products d[j]·row[j], exact in 32 bits and converted to single, go to
 // lane j mod 4 of the row product t; the total adds t·single(d[k]) lane by
@@ -92,87 +108,65 @@ extern "C" {
 
 qelStatus qelsLogGaussSingle_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
                                         int len, qel32s* pResult, qel32s val, int scaleFactor) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  (aligned(pSrc, pMean, pVar) ? qelsLGaussSingle_16s32s_Sfs_M7_Al : qelsLGaussSingle_16s32s_Sfs_M7)(
-      pSrc, pMean, pVar, len, pResult, &val, scaleFactor);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pVar, len, pResult, [&](bool al) {
+    FX_PICK(al, qelsLGaussSingle_16s32s_Sfs_M7)(pSrc, pMean, pVar, len, pResult, &val, scaleFactor);
+  });
 }
 
 qelStatus qelsLogGaussSingle_Scaled_16s32f(const qel16s* pSrc, const qel16s* pMean,
                                            const qel16s* pVar, int len, qel32f* pResult, qel32f val,
                                            int scaleFactor) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  const qel32f k = GetScale_32s32f(incSat(scaleFactor));
-  (aligned(pSrc, pMean, pVar) ? qelsLGaussSingle_16s32f_M7_Al : qelsLGaussSingle_16s32f_M7)(
-      pSrc, pMean, pVar, len, pResult, &val, &k);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pVar, len, pResult, [&](bool al) {
+    const qel32f k = GetScale_32s32f(incSat(scaleFactor));
+    FX_PICK(al, qelsLGaussSingle_16s32f_M7)(pSrc, pMean, pVar, len, pResult, &val, &k);
+  });
 }
 
 qelStatus qelsLogGaussSingle_Low_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean,
                                             const qel16s* pVar, int len, qel32s* pResult,
                                             qel32s val, int scaleFactor) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  (aligned(pSrc, pMean, pVar)
-       ? qelsLGaussSingleLow_16s32s_Sfs_M7_Al
-       : qelsLGaussSingleLow_16s32s_Sfs_M7)(pSrc, pMean, pVar, len, pResult, &val, scaleFactor);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pVar, len, pResult, [&](bool al) {
+    FX_PICK(al, qelsLGaussSingleLow_16s32s_Sfs_M7)
+    (pSrc, pMean, pVar, len, pResult, &val, scaleFactor);
+  });
 }
 
 qelStatus qelsLogGaussSingle_LowScaled_16s32f(const qel16s* pSrc, const qel16s* pMean,
                                               const qel16s* pVar, int len, qel32f* pResult,
                                               qel32f val, int scaleFactor) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  (aligned(pSrc, pMean, pVar) ? qelsLGaussSingleLow_16s32f_M7_Al : qelsLGaussSingleLow_16s32f_M7)(
-      pSrc, pMean, pVar, len, pResult, &val, scaleFactor);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pVar, len, pResult, [&](bool al) {
+    FX_PICK(al, qelsLGaussSingleLow_16s32f_M7)(pSrc, pMean, pVar, len, pResult, &val, scaleFactor);
+  });
 }
 
 qelStatus qelsLogGaussSingle_IdVar_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean, int len,
                                               qel32s* pResult, qel32s val, int scaleFactor) {
-  if (pSrc == nullptr || pMean == nullptr || pResult == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  (aligned(pSrc, pMean)
-       ? qelsLGaussSingle_IdVar_16s32s_Sfs_M7_Al
-       : qelsLGaussSingle_IdVar_16s32s_Sfs_M7)(pSrc, pMean, len, pResult, &val, scaleFactor);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pMean, len, pResult, [&](bool al) {
+    FX_PICK(al, qelsLGaussSingle_IdVar_16s32s_Sfs_M7)(pSrc, pMean, len, pResult, &val, scaleFactor);
+  });
 }
 
 qelStatus qelsLogGaussSingle_IdVarScaled_16s32f(const qel16s* pSrc, const qel16s* pMean, int len,
                                                 qel32f* pResult, qel32f val, int scaleFactor) {
-  if (pSrc == nullptr || pMean == nullptr || pResult == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  const qel32f k = GetScale_32s32f(incSat(scaleFactor));
-  (aligned(pSrc, pMean) ? qelsLGaussSingle_IdVar_16s32f_M7_Al : qelsLGaussSingle_IdVar_16s32f_M7)(
-      pSrc, pMean, len, pResult, &val, &k);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pMean, len, pResult, [&](bool al) {
+    const qel32f k = GetScale_32s32f(incSat(scaleFactor));
+    FX_PICK(al, qelsLGaussSingle_IdVar_16s32f_M7)(pSrc, pMean, len, pResult, &val, &k);
+  });
 }
 
 qelStatus qelsLogGaussSingle_IdVarLow_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean, int len,
                                                  qel32s* pResult, qel32s val, int scaleFactor) {
-  if (pSrc == nullptr || pMean == nullptr || pResult == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  (aligned(pSrc, pMean)
-       ? qelsLGaussSingleLow_IdVar_16s32s_Sfs_M7_Al
-       : qelsLGaussSingleLow_IdVar_16s32s_Sfs_M7)(pSrc, pMean, len, pResult, &val, scaleFactor);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pMean, len, pResult, [&](bool al) {
+    FX_PICK(al, qelsLGaussSingleLow_IdVar_16s32s_Sfs_M7)
+    (pSrc, pMean, len, pResult, &val, scaleFactor);
+  });
 }
 
 qelStatus qelsLogGaussSingle_IdVarLowScaled_16s32f(const qel16s* pSrc, const qel16s* pMean, int len,
                                                    qel32f* pResult, qel32f val, int scaleFactor) {
-  if (pSrc == nullptr || pMean == nullptr || pResult == nullptr) return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  (aligned(pSrc, pMean)
-       ? qelsLGaussSingle_IdVarLow_16s32f_M7_Al
-       : qelsLGaussSingle_IdVarLow_16s32f_M7)(pSrc, pMean, len, pResult, &val, scaleFactor);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pMean, len, pResult, [&](bool al) {
+    FX_PICK(al, qelsLGaussSingle_IdVarLow_16s32f_M7)(pSrc, pMean, len, pResult, &val, scaleFactor);
+  });
 }
 
 // Scratch of 2·len + 16 singles: the converted variances from the first
@@ -191,9 +185,8 @@ qelStatus qelsLogGaussSingle_DirectVarScaled_16s32f(const qel16s* pSrc, const qe
   qelsSet_32f(1.0f, inv, len);
   const qelStatus st = qelsDiv_32f_I(var, inv, len);
   const qel32f k = GetScale_32s32f(scaleFactor);
-  (aligned(pSrc, pMean)
-       ? qelsLGaussSingle_DirectVar_16s32f_M7_Al
-       : qelsLGaussSingle_DirectVar_16s32f_M7)(pSrc, pMean, inv, len, pResult, &val, &k);
+  FX_PICK(aligned(pSrc, pMean), qelsLGaussSingle_DirectVar_16s32f_M7)
+  (pSrc, pMean, inv, len, pResult, &val, &k);
   qelsFree(block);
   return st;
 }
@@ -254,14 +247,12 @@ qelStatus qelsLogGaussSingle_BlockDVarScaled_16s32f(const qel16s* pSrc, const qe
 
 qelStatus qelsMahDistSingle_16s32f(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
                                    int len, qel32f* pResult) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (aligned(pSrc, pMean, pVar))
-    sMahDistSingle_16s32f_M7(pSrc, pMean, pVar, len, pResult);
-  else  // the kernel's order with unaligned loads: the same value
-    *pResult = singleSum<Wt::Inv, false>(pSrc, pMean, pVar, len);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pVar, len, pResult, [&](bool al) {
+    if (al)
+      sMahDistSingle_16s32f_M7(pSrc, pMean, pVar, len, pResult);
+    else  // the kernel's order with unaligned loads: the same value
+      *pResult = singleSum<Wt::Inv, false>(pSrc, pMean, pVar, len);
+  });
 }
 
 // Off 16 bytes the sum is exact in 64-bit integers (wrapping only beyond
@@ -270,25 +261,23 @@ qelStatus qelsMahDistSingle_16s32f(const qel16s* pSrc, const qel16s* pMean, cons
 // saturated to 32 bits.
 qelStatus qelsMahDistSingle_16s32s_Sfs(const qel16s* pSrc, const qel16s* pMean, const qel16s* pVar,
                                        int len, qel32s* pResult, int scaleFactor) {
-  if (pSrc == nullptr || pMean == nullptr || pVar == nullptr || pResult == nullptr)
-    return qelStatusNullPtr;
-  if (len < 1) return qelStatusSize;
-  if (aligned(pSrc, pMean, pVar)) {
-    sMahDistSingle_16s32s_Sfs_M7(pSrc, pMean, pVar, len, pResult, scaleFactor);
-    return qelStatusOk;
-  }
-  std::uint64_t sum = 0;
-  for (int i = 0; i < len; ++i) {
-    const int d = satDiff(pSrc[i], pMean[i]);
-    sum += static_cast<std::uint64_t>(static_cast<long long>(d * d) * pVar[i]);
-  }
-  long long s = static_cast<long long>(sum);
-  if (scaleFactor >= 0)
-    s = s >> (scaleFactor > 63 ? 63 : scaleFactor);
-  else
-    s = scaleFactor < -63 ? 0 : static_cast<long long>(sum << -scaleFactor);
-  *pResult = saturate32(s);
-  return qelStatusOk;
+  return checkedSingle(pSrc, pMean, pVar, len, pResult, [&](bool al) {
+    if (al) {
+      sMahDistSingle_16s32s_Sfs_M7(pSrc, pMean, pVar, len, pResult, scaleFactor);
+      return;
+    }
+    std::uint64_t sum = 0;
+    for (int i = 0; i < len; ++i) {
+      const int d = satDiff(pSrc[i], pMean[i]);
+      sum += static_cast<std::uint64_t>(static_cast<long long>(d * d) * pVar[i]);
+    }
+    long long s = static_cast<long long>(sum);
+    if (scaleFactor >= 0)
+      s = s >> (scaleFactor > 63 ? 63 : scaleFactor);
+    else
+      s = scaleFactor < -63 ? 0 : static_cast<long long>(sum << -scaleFactor);
+    *pResult = saturate32(s);
+  });
 }
 
 }  // extern "C"

@@ -340,16 +340,20 @@ inline std::uint32_t laneSum(__m128i v) {
   return a[0] + a[1] + a[2] + a[3];
 }
 
-// A -= h[c]*v[c] + h[c+1]*v[c+1], B -= l[c]*v[c] + l[c+1]*v[c+1] over 8 columns.
+// A -= h[c]*w[c] + h[c+1]*w[c+1], B -= l[c]*w[c] + l[c+1]*w[c+1] for the 8
+// differences d and weights w.
+inline void lowAccumulate(__m128i d, __m128i w, __m128i* A, __m128i* B) {
+  const __m128i h = _mm_mulhi_epi16(d, d);
+  const __m128i l = _mm_srli_epi16(_mm_mullo_epi16(d, d), 1);
+  *A = _mm_sub_epi32(*A, _mm_madd_epi16(h, w));
+  *B = _mm_sub_epi32(*B, _mm_madd_epi16(l, w));
+}
+
+// The same over columns c..c+7.
 template <bool Unit, bool Al>
 inline void lowStep8(const qel16s* s, const qel16s* m, const qel16s* v, int c, __m128i* A,
                      __m128i* B) {
-  const __m128i d = diff8<Al>(s, m, c);
-  const __m128i h = _mm_mulhi_epi16(d, d);
-  const __m128i l = _mm_srli_epi16(_mm_mullo_epi16(d, d), 1);
-  const __m128i w = Unit ? _mm_set1_epi16(1) : loadsi<Al>(v + c);
-  *A = _mm_sub_epi32(*A, _mm_madd_epi16(h, w));
-  *B = _mm_sub_epi32(*B, _mm_madd_epi16(l, w));
+  lowAccumulate(diff8<Al>(s, m, c), Unit ? _mm_set1_epi16(1) : loadsi<Al>(v + c), A, B);
 }
 
 // Moves 16-bit element k + j of v to element j and fills the top k
@@ -398,10 +402,7 @@ inline void lowTail8(const qel16s* s, const qel16s* m, const qel16s* v, int c, i
                      __m128i* A, __m128i* B) {
   __m128i d, w = _mm_set1_epi16(1);
   tailGroup<Unit>(s, m, v, c, width, &d, &w);
-  const __m128i h = _mm_mulhi_epi16(d, d);
-  const __m128i l = _mm_srli_epi16(_mm_mullo_epi16(d, d), 1);
-  *A = _mm_sub_epi32(*A, _mm_madd_epi16(h, w));
-  *B = _mm_sub_epi32(*B, _mm_madd_epi16(l, w));
+  lowAccumulate(d, w, A, B);
 }
 
 inline __m128i lowCombine(__m128i A, __m128i B, const LowShift& sh) {

@@ -3,16 +3,11 @@
 // layouts against the scalar reference, bit for bit.
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "fixed_scoring_data.h"
-#include "gauss/gauss.h"
 
 namespace {
 
-using fxdata::Kind;
-
-enum class Op { InPlace, Max, Add, Mixture, IdMixture };
+using namespace fxdata;
 
 // One signature for all: the component matrices (mean, var) at `step` or as
 // row pointers, the observation, the constants pVal (ignored in place) and
@@ -31,212 +26,131 @@ struct Member {
   D2LFn d2l;
 };
 
-#define MM_D2(fn, T)                                                                         \
-  [](const qel16s* m, const qel16s* v, int st, const qel16s* s, int w, const void*, void* d, \
-     int h, int sf) { return fn(m, v, st, s, w, static_cast<T*>(d), h, sf); }
-#define MM_D2L(fn, T)                                                                         \
-  [](const qel16s** m, const qel16s** v, const qel16s* s, int w, const void*, void* d, int h, \
-     int sf) { return fn(m, v, s, w, static_cast<T*>(d), h, sf); }
-#define MX_D2(fn, T)                                                                            \
-  [](const qel16s* m, const qel16s* v, int st, const qel16s* s, int w, const void* pv, void* d, \
-     int h,                                                                                     \
-     int sf) { return fn(m, v, st, s, w, static_cast<const T*>(pv), static_cast<T*>(d), h, sf); }
-#define MX_D2L(fn, T)                                                                            \
-  [](const qel16s** m, const qel16s** v, const qel16s* s, int w, const void* pv, void* d, int h, \
-     int sf) { return fn(m, v, s, w, static_cast<const T*>(pv), static_cast<T*>(d), h, sf); }
-#define MIX_D2(fn)                                                                              \
-  [](const qel16s* m, const qel16s* v, int st, const qel16s* s, int w, const void* pv, void* d, \
-     int h, int sf) {                                                                           \
-    return fn(s, m, v, h, st, w, static_cast<const qel32f*>(pv), static_cast<qel32f*>(d), sf);  \
+#define ARGS_D2                                                                              \
+  const qel16s *m, const qel16s *v, int st, const qel16s *s, int w, const void *pv, void *d, \
+      int h, int sf
+#define ARGS_D2L \
+  const qel16s **m, const qel16s **v, const qel16s *s, int w, const void *pv, void *d, int h, int sf
+#define OUT(T) static_cast<T*>(d)
+#define VAL(T) static_cast<const T*>(pv)
+#define IN_D2(fn, T) [](ARGS_D2) { return (void)pv, fn(m, v, st, s, w, OUT(T), h, sf); }
+#define IN_D2L(fn, T) [](ARGS_D2L) { return (void)pv, fn(m, v, s, w, OUT(T), h, sf); }
+#define MX_D2(fn, T) [](ARGS_D2) { return fn(m, v, st, s, w, VAL(T), OUT(T), h, sf); }
+#define MX_D2L(fn, T) [](ARGS_D2L) { return fn(m, v, s, w, VAL(T), OUT(T), h, sf); }
+#define MIX_D2(fn, T) [](ARGS_D2) { return fn(s, m, v, h, st, w, VAL(T), OUT(T), sf); }
+#define MIX_D2L(fn, T) [](ARGS_D2L) { return fn(s, m, v, h, w, VAL(T), OUT(T), sf); }
+#define ID_D2(fn, T) [](ARGS_D2) { return (void)v, fn(s, m, h, st, w, VAL(T), OUT(T), sf); }
+#define ID_D2L(fn, T) [](ARGS_D2L) { return (void)v, fn(s, m, h, w, VAL(T), OUT(T), sf); }
+// Both layouts of a 32-bit member (tags _D2Sfs, _D2LSfs) or a single one.
+#define I32(pre, A, kind, op, g4)                                     \
+  {                                                                   \
+#pre, Kind::kind, Op::op, g4, A##_D2(pre##_16s32s_D2Sfs, qel32s), \
+        A##_D2L(pre##_16s32s_D2LSfs, qel32s)                          \
   }
-#define MIX_D2L(fn)                                                                              \
-  [](const qel16s** m, const qel16s** v, const qel16s* s, int w, const void* pv, void* d, int h, \
-     int sf) {                                                                                   \
-    return fn(s, m, v, h, w, static_cast<const qel32f*>(pv), static_cast<qel32f*>(d), sf);       \
-  }
-#define IDMIX_D2(fn)                                                                          \
-  [](const qel16s* m, const qel16s*, int st, const qel16s* s, int w, const void* pv, void* d, \
-     int h, int sf) {                                                                         \
-    return fn(s, m, h, st, w, static_cast<const qel32f*>(pv), static_cast<qel32f*>(d), sf);   \
-  }
-#define IDMIX_D2L(fn)                                                                          \
-  [](const qel16s** m, const qel16s**, const qel16s* s, int w, const void* pv, void* d, int h, \
-     int sf) {                                                                                 \
-    return fn(s, m, h, w, static_cast<const qel32f*>(pv), static_cast<qel32f*>(d), sf);        \
+#define F32(pre, A, kind, op, g4)                                  \
+  {                                                                \
+#pre, Kind::kind, Op::op, g4, A##_D2(pre##_16s32f_D2, qel32f), \
+        A##_D2L(pre##_16s32f_D2L, qel32f)                          \
   }
 
 const Member kMembers[] = {
-    {"qelsLogGaussMultiMix_16s32s", Kind::InvP32s, Op::InPlace, true,
-     MM_D2(qelsLogGaussMultiMix_16s32s_D2Sfs, qel32s),
-     MM_D2L(qelsLogGaussMultiMix_16s32s_D2LSfs, qel32s)},
-    {"qelsLogGaussMultiMix_Scaled", Kind::InvK32f, Op::InPlace, true,
-     MM_D2(qelsLogGaussMultiMix_Scaled_16s32f_D2, qel32f),
-     MM_D2L(qelsLogGaussMultiMix_Scaled_16s32f_D2L, qel32f)},
-    {"qelsLogGaussMultiMix_Low", Kind::Low32s, Op::InPlace, true,
-     MM_D2(qelsLogGaussMultiMix_Low_16s32s_D2Sfs, qel32s),
-     MM_D2L(qelsLogGaussMultiMix_Low_16s32s_D2LSfs, qel32s)},
-    {"qelsLogGaussMultiMix_LowScaled", Kind::Low32f, Op::InPlace, true,
-     MM_D2(qelsLogGaussMultiMix_LowScaled_16s32f_D2, qel32f),
-     MM_D2L(qelsLogGaussMultiMix_LowScaled_16s32f_D2L, qel32f)},
-    {"qelsLogGaussMaxMultiMix_16s32s", Kind::InvRz, Op::Max, false,
-     MX_D2(qelsLogGaussMaxMultiMix_16s32s_D2Sfs, qel32s),
-     MX_D2L(qelsLogGaussMaxMultiMix_16s32s_D2LSfs, qel32s)},
-    {"qelsLogGaussMaxMultiMix_Scaled", Kind::InvK32f, Op::Max, false,
-     MX_D2(qelsLogGaussMaxMultiMix_Scaled_16s32f_D2, qel32f),
-     MX_D2L(qelsLogGaussMaxMultiMix_Scaled_16s32f_D2L, qel32f)},
-    {"qelsLogGaussMaxMultiMix_Low", Kind::Low32s, Op::Max, false,
-     MX_D2(qelsLogGaussMaxMultiMix_Low_16s32s_D2Sfs, qel32s),
-     MX_D2L(qelsLogGaussMaxMultiMix_Low_16s32s_D2LSfs, qel32s)},
-    {"qelsLogGaussMaxMultiMix_LowScaled", Kind::Low32f, Op::Max, false,
-     MX_D2(qelsLogGaussMaxMultiMix_LowScaled_16s32f_D2, qel32f),
-     MX_D2L(qelsLogGaussMaxMultiMix_LowScaled_16s32f_D2L, qel32f)},
-    {"qelsLogGaussAddMultiMix_Scaled", Kind::InvK32f, Op::Add, true,
-     MX_D2(qelsLogGaussAddMultiMix_Scaled_16s32f_D2, qel32f),
-     MX_D2L(qelsLogGaussAddMultiMix_Scaled_16s32f_D2L, qel32f)},
-    {"qelsLogGaussAddMultiMix_LowScaled", Kind::Low32f, Op::Add, true,
-     MX_D2(qelsLogGaussAddMultiMix_LowScaled_16s32f_D2, qel32f),
-     MX_D2L(qelsLogGaussAddMultiMix_LowScaled_16s32f_D2L, qel32f)},
-    {"qelsLogGaussMixture_Scaled", Kind::InvK32f, Op::Mixture, true,
-     MIX_D2(qelsLogGaussMixture_Scaled_16s32f_D2), MIX_D2L(qelsLogGaussMixture_Scaled_16s32f_D2L)},
-    {"qelsLogGaussMixture_LowScaled", Kind::Low32f, Op::Mixture, true,
-     MIX_D2(qelsLogGaussMixture_LowScaled_16s32f_D2),
-     MIX_D2L(qelsLogGaussMixture_LowScaled_16s32f_D2L)},
-    {"qelsLogGaussMixture_IdVarScaled", Kind::UnitK32f, Op::IdMixture, false,
-     IDMIX_D2(qelsLogGaussMixture_IdVarScaled_16s32f_D2),
-     IDMIX_D2L(qelsLogGaussMixture_IdVarScaled_16s32f_D2L)},
-    {"qelsLogGaussMixture_IdVarLowScaled", Kind::IdLow32f, Op::IdMixture, false,
-     IDMIX_D2(qelsLogGaussMixture_IdVarLowScaled_16s32f_D2),
-     IDMIX_D2L(qelsLogGaussMixture_IdVarLowScaled_16s32f_D2L)},
+    I32(qelsLogGaussMultiMix, IN, InvP32s, Store, true),
+    F32(qelsLogGaussMultiMix_Scaled, IN, InvK32f, Store, true),
+    I32(qelsLogGaussMultiMix_Low, IN, Low32s, Store, true),
+    F32(qelsLogGaussMultiMix_LowScaled, IN, Low32f, Store, true),
+    I32(qelsLogGaussMaxMultiMix, MX, InvRz, Max, false),
+    F32(qelsLogGaussMaxMultiMix_Scaled, MX, InvK32f, Max, false),
+    I32(qelsLogGaussMaxMultiMix_Low, MX, Low32s, Max, false),
+    F32(qelsLogGaussMaxMultiMix_LowScaled, MX, Low32f, Max, false),
+    F32(qelsLogGaussAddMultiMix_Scaled, MX, InvK32f, Add, true),
+    F32(qelsLogGaussAddMultiMix_LowScaled, MX, Low32f, Add, true),
+    F32(qelsLogGaussMixture_Scaled, MIX, InvK32f, Mixture, true),
+    F32(qelsLogGaussMixture_LowScaled, MIX, Low32f, Mixture, true),
+    F32(qelsLogGaussMixture_IdVarScaled, ID, UnitK32f, IdMixture, false),
+    F32(qelsLogGaussMixture_IdVarLowScaled, ID, IdLow32f, IdMixture, false),
 };
 
-// The identity mixtures score each component with the single-observation
+bool mixture(Op op) { return op == Op::Mixture || op == Op::IdMixture; }
+
+// The identity mixtures score each component in the single-observation
 // order.
 uint32_t singleOrderScore(Kind k, const qel16s* s, const qel16s* m, int width, float val, int sf) {
   using namespace fxref;
   const long long e = (long long)sf + 1;
-  const float r = k == Kind::UnitK32f
-                      ? val - singleSum(W::Unit, s, m, nullptr, width) * pow2neg(e)
-                      : val - byIntPow(singleSum(W::Pairs, s, m, nullptr, width), e);
-  return std::bit_cast<uint32_t>(r);
+  return std::bit_cast<uint32_t>(
+      k == Kind::UnitK32f ? val - singleSum(W::Unit, s, m, nullptr, width) * pow2neg(e)
+                          : val - byIntPow(singleSum(W::Pairs, s, m, nullptr, width), e));
 }
 
 // The log sum in chunks of 100: the first chunk alone, each later one with
 // the running sum as its first element.
-float chunkedLogSum(const std::vector<float>& scores) {
+uint32_t chunkedLogSum(const std::vector<uint32_t>& scores) {
   const int h = int(scores.size());
   float run = 0.0f;
   for (int m0 = 0; m0 < h; m0 += 100) {
-    const int n = std::min(100, h - m0);
     std::vector<float> buf;
     if (m0 > 0) buf.push_back(run);
-    buf.insert(buf.end(), scores.begin() + m0, scores.begin() + m0 + n);
+    for (int i = m0; i < std::min(h, m0 + 100); ++i) buf.push_back(std::bit_cast<float>(scores[i]));
     qelsLogSum_32f_M7(buf.data(), &run, int(buf.size()));
   }
-  return run;
+  return std::bit_cast<uint32_t>(run);
 }
-
-std::vector<uint32_t> expected(const Member& mb, const std::vector<const qel16s*>& means,
-                               const std::vector<const qel16s*>& vars, const qel16s* src, int width,
-                               const std::vector<uint32_t>& val, const std::vector<uint32_t>& prior,
-                               int sf, bool rowPointers) {
-  const int h = int(means.size());
-  std::vector<uint32_t> sc(h);
-  const bool g4 = mb.g4 && rowPointers;
-  for (int i = 0; i < h; ++i) {
-    if (mb.op == Op::IdMixture)
-      sc[i] = singleOrderScore(mb.kind, src, means[i], width, std::bit_cast<float>(val[i]), sf);
-    else
-      sc[i] = fxdata::blockScore(mb.kind, src, means[i], vars[i], width, val[i], sf, g4, prior[i]);
-  }
-  if (mb.op == Op::InPlace) return sc;
-  if (mb.op == Op::Max) {
-    for (int i = 0; i < h; ++i) sc[i] = fxdata::maxOf(mb.kind, sc[i], prior[i]);
-    return sc;
-  }
-  std::vector<float> f(h);
-  for (int i = 0; i < h; ++i) f[i] = std::bit_cast<float>(sc[i]);
-  if (mb.op == Op::Add) {
-    std::vector<float> acc(h);
-    for (int i = 0; i < h; ++i) acc[i] = std::bit_cast<float>(prior[i]);
-    qelsLogAddVec_32f_M7_sp(f.data(), acc.data(), h);
-    for (int i = 0; i < h; ++i) sc[i] = std::bit_cast<uint32_t>(acc[i]);
-    return sc;
-  }
-  return {std::bit_cast<uint32_t>(chunkedLogSum(f))};
-}
-
-struct Shape {
-  int width, height, extraStep, misalign;
-};
 
 // Every member, both layouts, widths across the column groups (8, the group
 // of 4 of the row-pointer kernels, single columns), heights across the
-// 100-component chunks, aligned and misaligned data, all scale factors.
+// 100-component chunks, aligned and misaligned data, all scale factors. The
+// mixtures' constants lie close together, so that every component counts
+// in the log sum and the chunking shows in its rounding.
 TEST(FixedMixtureScores, EveryMemberMatchesTheReferenceBitForBit) {
   qtest::Rng rng(3502);
-  const Shape shapes[] = {{1, 1, 0, 0},    {3, 2, 0, 2},  {4, 3, 4, 0},  {12, 5, 4, 0},
-                          {13, 4, 1, 2},   {16, 1, 0, 0}, {39, 7, 1, 2}, {20, 100, 4, 0},
-                          {11, 101, 0, 2}, {6, 201, 2, 0}};
-  for (const Member& mb : kMembers) {
-    const bool f32 = fxdata::isFloat(mb.kind);
-    for (const Shape& sh : shapes) {
-      for (int sf : fxdata::kScaleFactors) {
-        SCOPED_TRACE(std::string(mb.name) + " width " + std::to_string(sh.width) + " height " +
-                     std::to_string(sh.height) + " sf " + std::to_string(sf));
-        const int step = sh.width + sh.extraStep, h = sh.height;
+  const Shape shapes[] = {{1, 1, 0, 0},    {3, 2, 0, 2},    {4, 3, 4, 0},  {12, 5, 4, 0},
+                          {13, 4, 1, 2},   {16, 1, 0, 0},   {10, 3, 1, 0}, {39, 7, 1, 2},
+                          {20, 100, 4, 0}, {11, 101, 0, 2}, {6, 201, 2, 0}};
+  for (const Member& mb : kMembers)
+    for (const Shape& sh : shapes)
+      for (int sf : kScaleFactors) {
+        SCOPED_TRACE(trace(mb.name, sh, sf));
+        const int step = sh.width + sh.extraStep, w = sh.width, h = sh.height;
         qtest::Guarded<qel16s> mean(size_t(step) * h, sh.misalign),
-            var(size_t(step) * h, sh.misalign), src(sh.width, sh.misalign);
-        mean.assign(fxdata::data16(rng, step * h));
-        var.assign(fxdata::data16(rng, step * h, -100, 3000));
-        src.assign(fxdata::data16(rng, sh.width));
-        std::vector<uint32_t> val(h), prior(h);
+            var(size_t(step) * h, sh.misalign), src(w, sh.misalign);
+        mean.assign(data16(rng, step * h));
+        var.assign(data16(rng, step * h, -100, 3000));
+        src.assign(data16(rng, w));
+        std::vector<uint32_t> val(h), prior(h), sc(h);
         for (auto& x : val)
-          x = (mb.op == Op::Mixture || mb.op == Op::IdMixture)
-                  ? std::bit_cast<uint32_t>(rng.uniform(-2.0e5f, 10.0f))
-                  : fxdata::valBits(rng, f32);
+          x = mixture(mb.op) ? std::bit_cast<uint32_t>(rng.uniform(-8.0f, 8.0f))
+                             : valBits(rng, isFloat(mb.kind));
         for (auto& x : prior)
           x = mb.op == Op::Add ? std::bit_cast<uint32_t>(rng.uniform(-3.0e5f, 10.0f))
-                               : fxdata::valBits(rng, f32);
-        std::vector<const qel16s*> means(h), vars(h);
-        for (int i = 0; i < h; ++i) {
-          means[i] = mean.data() + size_t(i) * step;
-          vars[i] = var.data() + size_t(i) * step;
-        }
-        qtest::Guarded<uint32_t> pv(h);
+                               : valBits(rng, isFloat(mb.kind));
+        const auto means = rowsOf(mean.data(), h, step), vars = rowsOf(var.data(), h, step);
+        qtest::Guarded<uint32_t> pv(h), dst(mixture(mb.op) ? 1 : h);
         pv.assign(val);
-        const bool one = mb.op == Op::Mixture || mb.op == Op::IdMixture;
-        qtest::Guarded<uint32_t> dst(one ? 1 : h);
-        const std::vector<uint32_t>& start = mb.op == Op::InPlace ? val : prior;
-        auto run = [&](bool rowPointers) {
-          const auto want =
-              expected(mb, means, vars, src.data(), sh.width, val, prior, sf, rowPointers);
+        for (bool rowPointers : {false, true}) {
+          for (int i = 0; i < h; ++i)
+            sc[i] = mb.op == Op::IdMixture ? singleOrderScore(mb.kind, src.data(), means[i], w,
+                                                              std::bit_cast<float>(val[i]), sf)
+                                           : blockScore(mb.kind, src.data(), means[i], vars[i], w,
+                                                        val[i], sf, mb.g4 && rowPointers, prior[i]);
+          const auto want = mixture(mb.op) ? std::vector<uint32_t>{chunkedLogSum(sc)}
+                                           : finish(mb.kind, mb.op, sc, prior);
           dst.poison();
-          if (!one) dst.assign(start);
-          qelStatus st;
-          if (!rowPointers) {
-            st = mb.d2(mean.data(), var.data(), step, src.data(), sh.width, pv.data(), dst.data(),
-                       h, sf);
+          if (!mixture(mb.op)) dst.assign(mb.op == Op::Store ? val : prior);
+          if (rowPointers) {
+            RowCopies rm(means, w, sh.misalign ? h - 1 : -1), rv(vars, w, -1);
+            ASSERT_EQ(
+                mb.d2l(rm.ptrs.data(), rv.ptrs.data(), src.data(), w, pv.data(), dst.data(), h, sf),
+                qelStatusOk);
           } else {
-            // Copies of the rows; one of them off 16 bytes when misaligned.
-            qtest::RowSet<qel16s> rm(h, sh.width, sh.misalign ? h - 1 : -1, 2), rv(h, sh.width);
-            for (int i = 0; i < h; ++i)
-              for (int c = 0; c < sh.width; ++c) {
-                rm.row(i)[c] = means[i][c];
-                rv.row(i)[c] = vars[i][c];
-              }
-            std::vector<const qel16s*> pm(rm.ptrs(), rm.ptrs() + h), pw(rv.ptrs(), rv.ptrs() + h);
-            st = mb.d2l(pm.data(), pw.data(), src.data(), sh.width, pv.data(), dst.data(), h, sf);
+            ASSERT_EQ(
+                mb.d2(mean.data(), var.data(), step, src.data(), w, pv.data(), dst.data(), h, sf),
+                qelStatusOk);
           }
-          ASSERT_EQ(st, qelStatusOk);
           EXPECT_EQ(dst.vec(), want) << (rowPointers ? "D2L" : "D2");
           EXPECT_TRUE(dst.guardsIntact());
           EXPECT_EQ(pv.vec(), val) << "constants changed";
-        };
-        run(false);
-        run(true);
+        }
       }
-    }
-  }
 }
 
 // Strided forms, the mixtures included: stride (-37) before null pointers
@@ -244,43 +158,31 @@ TEST(FixedMixtureScores, EveryMemberMatchesTheReferenceBitForBit) {
 // Nothing is written on any error.
 TEST(FixedMixtureScores, ArgumentChecksInOrderWriteNothing) {
   qtest::Guarded<qel16s> mean(64), var(64), src(8);
-  qtest::Guarded<uint32_t> pv(8), dst(8);
-  const qel16s* rm[8];
-  const qel16s* rv[8];
-  for (int r = 0; r < 8; ++r) {
-    rm[r] = mean.data() + 8 * r;
-    rv[r] = var.data() + 8 * r;
-  }
+  qtest::Guarded<uint32_t> pvals(8), dst(8);
+  const auto rmv = rowsOf(mean.data(), 8, 8), rvv = rowsOf(var.data(), 8, 8);
+  const qel16s** rm = const_cast<const qel16s**>(rmv.data());
+  const qel16s** rv = const_cast<const qel16s**>(rvv.data());
+  const qel16s *m = mean.data(), *v = var.data(), *s = src.data();
+  const void* pv = pvals.data();
   for (const Member& mb : kMembers) {
     SCOPED_TRACE(mb.name);
-    const bool needVar = mb.op != Op::IdMixture;
-    const bool needVal = mb.op != Op::InPlace;
+    const bool needVar = mb.op != Op::IdMixture, needVal = mb.op != Op::Store;
     dst.poison();
+    void* d = dst.data();
     EXPECT_EQ(mb.d2(nullptr, nullptr, 3, nullptr, 4, nullptr, nullptr, 0, 0), qelStatusStride);
-    EXPECT_EQ(mb.d2(mean.data(), var.data(), 8, src.data(), 0, pv.data(), nullptr, 2, 0),
-              qelStatusNullPtr);
-    EXPECT_EQ(mb.d2(nullptr, var.data(), 8, src.data(), 4, pv.data(), dst.data(), 2, 0),
-              qelStatusNullPtr);
-    EXPECT_EQ(mb.d2(mean.data(), var.data(), 8, nullptr, 4, pv.data(), dst.data(), 2, 0),
-              qelStatusNullPtr);
-    if (needVar)
-      EXPECT_EQ(mb.d2(mean.data(), nullptr, 8, src.data(), 4, pv.data(), dst.data(), 2, 0),
-                qelStatusNullPtr);
-    if (needVal)
-      EXPECT_EQ(mb.d2(mean.data(), var.data(), 8, src.data(), 4, nullptr, dst.data(), 2, 0),
-                qelStatusNullPtr);
-    EXPECT_EQ(mb.d2(mean.data(), var.data(), 8, src.data(), 0, pv.data(), dst.data(), 2, 0),
-              qelStatusSize);
-    EXPECT_EQ(mb.d2(mean.data(), var.data(), 8, src.data(), 4, pv.data(), dst.data(), 0, 0),
-              qelStatusSize);
-    EXPECT_EQ(mb.d2l(nullptr, rv, src.data(), 0, pv.data(), dst.data(), 2, 0), qelStatusNullPtr);
-    EXPECT_EQ(mb.d2l(rm, rv, src.data(), 4, pv.data(), nullptr, 0, 0), qelStatusNullPtr);
-    if (needVar)
-      EXPECT_EQ(mb.d2l(rm, nullptr, src.data(), 4, pv.data(), dst.data(), 0, 0), qelStatusNullPtr);
-    if (needVal)
-      EXPECT_EQ(mb.d2l(rm, rv, src.data(), 4, nullptr, dst.data(), 0, 0), qelStatusNullPtr);
-    EXPECT_EQ(mb.d2l(rm, rv, src.data(), 4, pv.data(), dst.data(), 0, 0), qelStatusSize);
-    EXPECT_EQ(mb.d2l(rm, rv, src.data(), -2, pv.data(), dst.data(), 3, 0), qelStatusSize);
+    EXPECT_EQ(mb.d2(m, v, 8, s, 0, pv, nullptr, 2, 0), qelStatusNullPtr);
+    EXPECT_EQ(mb.d2(nullptr, v, 8, s, 4, pv, d, 2, 0), qelStatusNullPtr);
+    EXPECT_EQ(mb.d2(m, v, 8, nullptr, 4, pv, d, 2, 0), qelStatusNullPtr);
+    if (needVar) EXPECT_EQ(mb.d2(m, nullptr, 8, s, 4, pv, d, 2, 0), qelStatusNullPtr);
+    if (needVal) EXPECT_EQ(mb.d2(m, v, 8, s, 4, nullptr, d, 2, 0), qelStatusNullPtr);
+    EXPECT_EQ(mb.d2(m, v, 8, s, 0, pv, d, 2, 0), qelStatusSize);
+    EXPECT_EQ(mb.d2(m, v, 8, s, 4, pv, d, 0, 0), qelStatusSize);
+    EXPECT_EQ(mb.d2l(nullptr, rv, s, 0, pv, d, 2, 0), qelStatusNullPtr);
+    EXPECT_EQ(mb.d2l(rm, rv, s, 4, pv, nullptr, 0, 0), qelStatusNullPtr);
+    if (needVar) EXPECT_EQ(mb.d2l(rm, nullptr, s, 4, pv, d, 0, 0), qelStatusNullPtr);
+    if (needVal) EXPECT_EQ(mb.d2l(rm, rv, s, 4, nullptr, d, 0, 0), qelStatusNullPtr);
+    EXPECT_EQ(mb.d2l(rm, rv, s, 4, pv, d, 0, 0), qelStatusSize);
+    EXPECT_EQ(mb.d2l(rm, rv, s, -2, pv, d, 3, 0), qelStatusSize);
     EXPECT_TRUE(dst.untouched());
   }
 }

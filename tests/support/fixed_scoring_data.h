@@ -2,12 +2,15 @@
 #ifndef QELSR_TESTS_FIXED_SCORING_DATA_H
 #define QELSR_TESTS_FIXED_SCORING_DATA_H
 
+#include <algorithm>
 #include <bit>
 #include <climits>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "fixed_scoring_reference.h"
+#include "gauss/gauss.h"
 #include "test_support.h"
 
 namespace fxdata {
@@ -111,6 +114,62 @@ inline uint32_t valBits(qtest::Rng& rng, bool f32) {
   if (pick == 0) return std::bit_cast<uint32_t>(INT32_MAX - rng.integer(0, 1000));
   if (pick == 1) return std::bit_cast<uint32_t>(INT32_MIN + rng.integer(0, 1000));
   return std::bit_cast<uint32_t>(rng.integer(-100000000, 100000000));
+}
+
+// What a member does with its scores: stores them, keeps the greater of
+// score and destination, log-adds them into the destination, or log-sums a
+// mixture (with pVar, or the identity mixtures scored in the
+// single-observation order).
+enum class Op { Store, Max, Add, Mixture, IdMixture };
+
+// The destination bits a member leaves, given its scores and the prior
+// destination (Store and the mixtures return the scores unchanged).
+inline std::vector<uint32_t> finish(Kind k, Op op, std::vector<uint32_t> sc,
+                                    const std::vector<uint32_t>& prior) {
+  const int h = int(sc.size());
+  if (op == Op::Max)
+    for (int i = 0; i < h; ++i) sc[i] = maxOf(k, sc[i], prior[i]);
+  if (op == Op::Add) {
+    std::vector<float> f(h), acc(h);
+    for (int i = 0; i < h; ++i) {
+      f[i] = std::bit_cast<float>(sc[i]);
+      acc[i] = std::bit_cast<float>(prior[i]);
+    }
+    qelsLogAddVec_32f_M7_sp(f.data(), acc.data(), h);
+    for (int i = 0; i < h; ++i) sc[i] = std::bit_cast<uint32_t>(acc[i]);
+  }
+  return sc;
+}
+
+// Pointers to the rows of a matrix with stride `step`.
+inline std::vector<const qel16s*> rowsOf(const qel16s* p, int height, int step) {
+  std::vector<const qel16s*> r(height);
+  for (int i = 0; i < height; ++i) r[i] = p + size_t(i) * step;
+  return r;
+}
+
+// Guarded copies of rows for the row-pointer members; row `odd` (none for
+// -1) lies 2 bytes off 16.
+struct RowCopies {
+  qtest::RowSet<qel16s> set;
+  std::vector<const qel16s*> ptrs;
+  RowCopies(const std::vector<const qel16s*>& rows, int width, int odd)
+      : set(int(rows.size()), width, odd, 2) {
+    for (int r = 0; r < int(rows.size()); ++r) {
+      std::copy(rows[r], rows[r] + width, set.row(r).data());
+      ptrs.push_back(set.row(r).data());
+    }
+  }
+};
+
+struct Shape {
+  int width, height, extraStep, misalign;
+};
+
+inline std::string trace(const char* name, const Shape& sh, int sf) {
+  return std::string(name) + " width " + std::to_string(sh.width) + " height " +
+         std::to_string(sh.height) + " sf " + std::to_string(sf) + " misalign " +
+         std::to_string(sh.misalign);
 }
 
 inline const int kScaleFactors[] = {INT_MIN, INT_MAX, -200, -40, -31, -17, -5, -1, 0,  1,

@@ -39,25 +39,31 @@ inline float pairTerm(const qel16s* s, const qel16s* m, int c) {
   return float(int32_t(uint32_t(a * a) + uint32_t(b * b)));
 }
 
-// Single-observation order: groups of 8 folded as ((t0+t4)+(t1+t5)) +
-// ((t2+t6)+(t3+t7)) (pairs: (p0+p1)+(p2+p3)) and added in column order; the
-// tail column by column (pairs: pair by pair, then the odd column).
-inline float singleSum(W w, const qel16s* s, const qel16s* m, const qel16s* v, int len) {
+// Single-observation order over the column terms t(c): groups of 8 folded
+// as ((t0+t4)+(t1+t5)) + ((t2+t6)+(t3+t7)) and added in column order, the
+// tail column by column.
+template <typename Term>
+inline float singleOrder(int len, Term t) {
   float S = 0.0f;
   int c = 0;
   for (; c + 8 <= len; c += 8) {
     float u[4];
-    for (int l = 0; l < 4; ++l)
-      u[l] = w == W::Pairs ? pairTerm(s, m, c + 2 * l)
-                           : term(w, s, m, v, c + l) + term(w, s, m, v, c + 4 + l);
+    for (int l = 0; l < 4; ++l) u[l] = t(c + l) + t(c + 4 + l);
     S = S + ((u[0] + u[1]) + (u[2] + u[3]));
   }
-  if (w == W::Pairs) {
-    for (; c + 2 <= len; c += 2) S = S + pairTerm(s, m, c);
-    if (c < len) S = S + term(W::Unit, s, m, v, c);
-  } else {
-    for (; c < len; ++c) S = S + term(w, s, m, v, c);
-  }
+  for (; c < len; ++c) S = S + t(c);
+  return S;
+}
+// The same for the members; the pair sums fold as (p0+p1)+(p2+p3), their
+// tail pair by pair, then the odd column.
+inline float singleSum(W w, const qel16s* s, const qel16s* m, const qel16s* v, int len) {
+  if (w != W::Pairs) return singleOrder(len, [&](int c) { return term(w, s, m, v, c); });
+  auto p = [&](int c) { return pairTerm(s, m, c); };
+  float S = 0.0f;
+  int c = 0;
+  for (; c + 8 <= len; c += 8) S = S + ((p(c) + p(c + 2)) + (p(c + 4) + p(c + 6)));
+  for (; c + 2 <= len; c += 2) S = S + p(c);
+  if (c < len) S = S + term(W::Unit, s, m, v, c);
   return S;
 }
 
